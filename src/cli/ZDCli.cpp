@@ -1,0 +1,70 @@
+#include "ZDCli.h"
+
+#include "ZDCliCommand.h"
+#include "ZDLanguagesCommand.h"
+#include "ZDPrefsCommand.h"
+#include "ZDResources.h"
+
+ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaults(defaults), m_languages(languages)
+{
+    m_commands.push_back(std::make_unique<ZDPrefsCommand>());
+    m_commands.push_back(std::make_unique<ZDLanguagesCommand>());
+}
+
+ZDCli::~ZDCli() = default;
+
+void ZDCli::printHelp(QTextStream &out) const
+{
+    out << "Usage: zandrio-cli [--library PATH] COMMAND [OPTIONS]\n\n"
+        << "Global options:\n"
+        << "  --library PATH   use this library instead of the application's\n"
+        << "  --version        print the version\n"
+        << "  --help           print this help\n\n"
+        << "Commands:\n";
+    for (const auto &command : m_commands)
+        out << "  " << command->name().leftJustified(12) << " " << command->summary() << "\n";
+    out.flush();
+}
+
+int ZDCli::run(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    QStringList rest;
+    QString libraryPath;
+    for (int index = 0; index < arguments.size(); ++index) {
+        const QString &argument = arguments.at(index);
+        if (argument == QLatin1String("--library")) {
+            if (index + 1 >= arguments.size()) {
+                err << "zandrio-cli: --library needs a path" << Qt::endl;
+                return 2;
+            }
+            libraryPath = arguments.at(++index);
+        } else if (argument.startsWith(QLatin1String("--library="))) {
+            libraryPath = argument.mid(int(qstrlen("--library=")));
+        } else {
+            rest << argument;
+        }
+    }
+
+    if (rest.isEmpty() || rest.first() == QLatin1String("--help") || rest.first() == QLatin1String("-h")
+        || rest.first() == QLatin1String("help")) {
+        printHelp(out);
+        return rest.isEmpty() ? 2 : 0;
+    }
+    if (rest.first() == QLatin1String("--version")) {
+        out << "zandrio-cli " << ZDResources::applicationVersion() << Qt::endl;
+        return 0;
+    }
+
+    const QString name = rest.takeFirst();
+    for (const auto &command : m_commands) {
+        if (command->name() == name) {
+            ZDCliContext context{out, err, m_defaults, m_languages, libraryPath};
+            const int status = command->run(context, rest);
+            out.flush();
+            err.flush();
+            return status;
+        }
+    }
+    err << "zandrio-cli: unknown command \"" << name << "\"; see zandrio-cli --help" << Qt::endl;
+    return 2;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ZDError.h"
+
+#include <QStringList>
+#include <QTextStream>
+
+class QCommandLineParser;
+class ZDLanguageRegistry;
+class ZDUserDefaults;
+
+/// What a command runs with: its output streams and the program's services. Tests build one
+/// over string streams and services of their own.
+struct ZDCliContext
+{
+    QTextStream &out;
+    QTextStream &err;
+    ZDUserDefaults &defaults;
+    ZDLanguageRegistry &languages;
+    /// The library given with --library, or empty for the library the application uses.
+    QString libraryPath;
+
+    /// Prints "zandrio-cli: <description> (code N)" on the error stream; returns the exit status.
+    int fail(const ZDError &error) const;
+    /// Prints a usage problem; returns the exit status for bad usage.
+    int usage(const QString &message) const;
+};
+
+/// One command of zandrio-cli ("prefs", "languages"...).
+class ZDCliCommand
+{
+public:
+    virtual ~ZDCliCommand() = default;
+    virtual QString name() const = 0;
+    virtual QString summary() const = 0;
+    /// `arguments` are the command's own, after its name.
+    virtual int run(ZDCliContext &context, const QStringList &arguments) = 0;
+
+protected:
+    /// Parses the arguments with the options the command added; prints usage problems.
+    static bool parse(QCommandLineParser &parser, ZDCliContext &context, const QString &commandName,
+                      const QStringList &arguments, int *status);
+};

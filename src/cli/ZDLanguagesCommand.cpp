@@ -1,0 +1,61 @@
+#include "ZDLanguagesCommand.h"
+
+#include "ZDLanguageRegistry.h"
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+int ZDLanguagesCommand::run(ZDCliContext &context, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption json(QStringLiteral("json"));
+    const QCommandLineOption guess(QStringLiteral("guess"));
+    const QCommandLineOption nameOption(QStringLiteral("name"), {}, QStringLiteral("NAME"));
+    const QCommandLineOption extension(QStringLiteral("extension"), {}, QStringLiteral("EXT"));
+    const QCommandLineOption uti(QStringLiteral("uti"), {}, QStringLiteral("UTI"));
+    parser.addOptions({json, guess, nameOption, extension, uti});
+    int status = 0;
+    if (!parse(parser, context, name(), arguments, &status))
+        return status;
+    if (!parser.positionalArguments().isEmpty())
+        return context.usage(QStringLiteral("languages takes no arguments"));
+
+    const QList<ZDLanguage> languages = context.languages.availableLanguages();
+    if (const ZDError error = context.languages.loadError(); !error.isNull())
+        return context.fail(error);
+
+    if (parser.isSet(guess)) {
+        if (!parser.isSet(nameOption) && !parser.isSet(extension) && !parser.isSet(uti))
+            return context.usage(QStringLiteral("--guess needs --name, --extension or --uti"));
+        const QList<ZDLanguage> guessed = context.languages.languagesFromLanguageName(
+            parser.value(nameOption), parser.value(extension), parser.value(uti));
+        for (const ZDLanguage &language : guessed)
+            context.out << language.identifier() << "\n";
+        return 0;
+    }
+
+    if (parser.isSet(json)) {
+        QJsonArray array;
+        for (const ZDLanguage &language : languages) {
+            array.append(QJsonObject{
+                {QStringLiteral("identifier"), language.identifier()},
+                {QStringLiteral("displayName"), language.displayName()},
+                {QStringLiteral("aliases"), QJsonArray::fromStringList(language.aliases())},
+                {QStringLiteral("fileExtensions"), QJsonArray::fromStringList(language.fileExtensions())},
+                {QStringLiteral("mimeTypes"), QJsonArray::fromStringList(language.mimeTypes())},
+                {QStringLiteral("UTIStrings"), QJsonArray::fromStringList(language.UTIStrings())},
+            });
+        }
+        context.out << QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented));
+        return 0;
+    }
+
+    for (const ZDLanguage &language : languages) {
+        context.out << language.identifier() << "\t" << language.displayName() << "\t"
+                    << language.aliases().join(QLatin1Char(',')) << "\t"
+                    << language.fileExtensions().join(QLatin1Char(',')) << "\n";
+    }
+    return 0;
+}
