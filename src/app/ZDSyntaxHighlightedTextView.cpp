@@ -228,12 +228,15 @@ void ZDSyntaxHighlightedTextView::documentContentsChanged(int position, int remo
     if (document()->revision() == m_lastRevision)
         return;
     m_lastRevision = document()->revision();
-    shiftRules(position, removed, added);
     const int originalLength = m_lastLength;
     m_lastLength = length;
-    if (!m_applyingEdit)
-        Q_EMIT textDidChange(position, std::min(removed, originalLength - position), originalLength,
-                             std::min(added, length - position));
+    // An edit of ours arrives as one change over its whole block; applyEdit moves the rules
+    // and announces the change itself.
+    if (m_applyingEdit)
+        return;
+    shiftRules(position, removed, added);
+    Q_EMIT textDidChange(position, std::min(removed, originalLength - position), originalLength,
+                         std::min(added, length - position));
 }
 
 bool ZDSyntaxHighlightedTextView::applyEdit(const ZDTextEdit &edit)
@@ -247,11 +250,15 @@ bool ZDSyntaxHighlightedTextView::applyEdit(const ZDTextEdit &edit)
         for (auto it = edit.replacements.crbegin(); it != edit.replacements.crend(); ++it) {
             cursor.setPosition(it->range.location);
             cursor.setPosition(it->range.end(), QTextCursor::KeepAnchor);
+            shiftRules(it->range.location, it->range.length, int(it->text.size()));
             if (it->text.isEmpty())
                 cursor.removeSelectedText();
             else
                 cursor.insertText(it->text);
         }
+        // Ends the step with a command that typing cannot merge into, so that text typed right
+        // after the edit is an undo step of its own.
+        cursor.setBlockFormat(cursor.blockFormat());
         cursor.endEditBlock();
         m_pendingActionName.clear();
         m_applyingEdit = false;

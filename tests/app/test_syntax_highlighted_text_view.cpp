@@ -117,6 +117,18 @@ private Q_SLOTS:
         QCOMPARE(m_view->redoActionName(), undoName);
     }
 
+    void typingAfterACommandIsAStepOfItsOwn()
+    {
+        setMarkedText(*m_view, QStringLiteral("«»"));
+        m_view->insertMarkdownLink(QStringLiteral("u"), QStringLiteral("t"), QString(), QString(), false);
+        press(*m_view, QStringLiteral("x"));
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("[t](u)x"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Typing"));
+        m_view->undo();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("[t](u)"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Insert Link"));
+    }
+
     void quoteOverTypingMakesNoUndoStep()
     {
         setMarkedText(*m_view, QStringLiteral("say \"«»\""));
@@ -241,6 +253,11 @@ private Q_SLOTS:
         QVERIFY(std::any_of(formats.cbegin(), formats.cend(), [&](const QTextLayout::FormatRange &range) {
             return range.start == 2 && range.length == 3 && range.format.foreground().color() == keyword;
         }));
+        m_view->setSelectedRange({7, 0});
+        m_view->insertTab(); // a command in the same line keeps the rules before it
+        QCOMPARE(m_view->highlightRules().size(), 1);
+        QCOMPARE(m_view->highlightRules().constFirst().length, 3);
+
         m_view->selectAll();
         QVERIFY(m_view->selectionAsHtml().contains(QStringLiteral("<span style=\"color:#b833a1;\">int</span>")));
     }
