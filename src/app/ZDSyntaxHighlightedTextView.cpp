@@ -1,14 +1,18 @@
 #include "ZDSyntaxHighlightedTextView.h"
 
 #include "ZDMarkdownCommands.h"
+#include "ZDMarkdownInsertSheet.h"
 #include "ZDTextCommands.h"
 #include "ZDUserDefaults.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QFontDatabase>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
+#include <QSpinBox>
 #include <QSyntaxHighlighter>
 #include <QTextBlock>
 #include <QTimer>
@@ -395,13 +399,9 @@ void ZDSyntaxHighlightedTextView::performMarkdownFormatAction(int tag, const QSt
 {
     switch (tag) {
     case ZDMarkdownCommands::InsertLinkTag:
-        Q_EMIT markdownLinkRequested();
-        return;
     case ZDMarkdownCommands::InsertImageTag:
-        Q_EMIT markdownImageRequested();
-        return;
     case ZDMarkdownCommands::InsertTableTag:
-        Q_EMIT markdownTableRequested();
+        openInsertSheet(tag);
         return;
     default:
         runCommand(ZDMarkdownCommands::performFormatAction(tag, toPlainText(), selectedRange(), languageAlias));
@@ -427,6 +427,36 @@ void ZDSyntaxHighlightedTextView::insertMarkdownImage(const QString &url, const 
 void ZDSyntaxHighlightedTextView::insertMarkdownTable(int rows, int columns)
 {
     runCommand(ZDMarkdownCommands::insertTable(toPlainText(), selectedRange(), rows, columns));
+}
+
+void ZDSyntaxHighlightedTextView::openInsertSheet(int tag)
+{
+    using Kind = ZDMarkdownInsertSheet::Kind;
+    const Kind kind = tag == ZDMarkdownCommands::InsertLinkTag    ? Kind::Link
+                      : tag == ZDMarkdownCommands::InsertImageTag ? Kind::Image
+                                                                  : Kind::Table;
+    const QString text = toPlainText();
+    const ZDTextRange selection = selectedRange();
+    auto *sheet = new ZDMarkdownInsertSheet(kind, text.mid(selection.location, selection.length),
+                                            ZDMarkdownInsertSheet::nextFreeIdentifier(text), this);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    connect(sheet, &QDialog::accepted, this, [this, sheet] {
+        switch (sheet->kind()) {
+        case ZDMarkdownInsertSheet::Kind::Link:
+            insertMarkdownLink(sheet->urlField()->text(), sheet->textField()->text(), sheet->titleField()->text(),
+                               sheet->identifierField()->text(), sheet->referenceStyleBox()->isChecked());
+            break;
+        case ZDMarkdownInsertSheet::Kind::Image:
+            insertMarkdownImage(sheet->urlField()->text(), sheet->titleField()->text(), sheet->textField()->text(),
+                                sheet->identifierField()->text(), sheet->referenceStyleBox()->isChecked());
+            break;
+        case ZDMarkdownInsertSheet::Kind::Table:
+            insertMarkdownTable(sheet->rowsBox()->value(), sheet->columnsBox()->value());
+            break;
+        }
+    });
+    sheet->open();
 }
 
 bool ZDSyntaxHighlightedTextView::typeText(const QString &typed)
@@ -461,7 +491,8 @@ void ZDSyntaxHighlightedTextView::keyPressEvent(QKeyEvent *event)
 
     const QString typed = event->text();
     const bool plainText = !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) && typed.size() == 1;
-    if (!(plainText && typeText(typed)))
+    const bool pairing = plainText && QStringLiteral("{[(\"')]}").contains(typed);
+    if (!(pairing && typeText(typed)))
         QPlainTextEdit::keyPressEvent(event);
 
     const int caret = textCursor().position();

@@ -85,7 +85,8 @@ public Q_SLOTS:
     void stripTrailingWhitespace();
     void duplicateSelectedLines();
     /// A Markdown action by its tag; `languageAlias` names the code block's language. Tags 1001
-    /// to 1003 ask for the link, image and table data through the matching signals.
+    /// to 1003 open a sheet (a window-modal ZDMarkdownInsertSheet child) for the link, image
+    /// or table data and insert when it is accepted.
     void performMarkdownFormatAction(int tag, const QString &languageAlias = QString());
     void insertMarkdownLink(const QString &url, const QString &linkText, const QString &title,
                             const QString &identifier, bool referenceStyle);
@@ -102,9 +103,6 @@ Q_SIGNALS:
     /// became `replacementLength` characters. Drives re-highlighting.
     void textDidChange(int location, int editedLength, int originalLength, int replacementLength);
     void undoActionNamesChanged();
-    void markdownLinkRequested();
-    void markdownImageRequested();
-    void markdownTableRequested();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -120,6 +118,7 @@ private:
 
     bool runCommand(const ZDTextEditResult &edit);
     bool typeText(const QString &typed);
+    void openInsertSheet(int tag);
     void createActions();
     void addEditorAction(const QString &identifier, const QString &title, const QKeySequence &shortcut,
                          std::function<void()> handler);

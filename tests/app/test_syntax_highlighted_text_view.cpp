@@ -1,9 +1,15 @@
 // The code editor widget: keys and commands edit the text as one named undo step each.
 #include "ZDMarkdownCommands.h"
+#include "ZDMarkdownInsertSheet.h"
 #include "ZDSyntaxHighlightedTextView.h"
 #include "ZDUserDefaults.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QClipboard>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -274,6 +280,40 @@ private Q_SLOTS:
         QCOMPARE(mime->text(), QStringLiteral("<b> &"));
         QVERIFY(mime->html().contains(QStringLiteral("<body style=\"background-color:#123456;\">")));
         QVERIFY(mime->html().contains(QStringLiteral("&lt;b&gt; &amp;")));
+    }
+
+    void insertSheetsCollectTheirDataFirst()
+    {
+        setMarkedText(*m_view, QStringLiteral("a «b» c\n[1]: old"));
+        m_view->performMarkdownFormatAction(ZDMarkdownCommands::InsertLinkTag);
+        auto *sheet = m_view->findChild<ZDMarkdownInsertSheet *>();
+        QVERIFY(sheet);
+        QCOMPARE(sheet->textField()->text(), QStringLiteral("b"));
+        QCOMPARE(sheet->identifierField()->text(), QStringLiteral("2"));
+        QPushButton *ok = sheet->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+        QVERIFY(!ok->isEnabled()); // no URL yet
+        sheet->urlField()->setText(QStringLiteral("http://x"));
+        sheet->referenceStyleBox()->setChecked(true);
+        QVERIFY(ok->isEnabled());
+        sheet->accept();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a [b][2] c\n[1]: old\n[2]: http://x"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Insert Link"));
+
+        QVERIFY(QTest::qWaitFor([&] { return !m_view->findChild<ZDMarkdownInsertSheet *>(); }));
+        m_view->performMarkdownFormatAction(ZDMarkdownCommands::InsertTableTag);
+        sheet = m_view->findChild<ZDMarkdownInsertSheet *>();
+        QVERIFY(sheet);
+        sheet->columnsBox()->setValue(0);
+        sheet->accept(); // a table without columns inserts nothing
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a [b][2] c\n[1]: old\n[2]: http://x"));
+    }
+
+    void displayPreferencesApplyAtOnce()
+    {
+        m_defaults->setUseSoftWrap(true);
+        QCOMPARE(m_view->lineWrapMode(), QPlainTextEdit::WidgetWidth);
+        m_defaults->setUseSoftWrap(false);
+        QCOMPARE(m_view->lineWrapMode(), QPlainTextEdit::NoWrap);
     }
 
     void shortcutsRunTheCommands()
