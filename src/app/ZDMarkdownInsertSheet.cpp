@@ -7,10 +7,9 @@
 #include <QPushButton>
 #include <QSpinBox>
 
-ZDMarkdownInsertSheet::ZDMarkdownInsertSheet(Kind kind, const QString &suggestedText, const QString &suggestedIdentifier,
-                                             QWidget *parent)
-    : QDialog(parent)
-    , m_kind(kind)
+ZDMarkdownInsertSheet::ZDMarkdownInsertSheet(Kind kind, const QString &suggestedText,
+                                             const QString &suggestedIdentifier, QWidget *parent)
+    : QDialog(parent), m_kind(kind)
 {
     auto *form = new QFormLayout;
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
@@ -42,8 +41,9 @@ ZDMarkdownInsertSheet::ZDMarkdownInsertSheet(Kind kind, const QString &suggested
         form->addRow(QString(), m_referenceStyle);
         // A reference needs an identifier; any link needs its URL.
         const auto validate = [this, buttons] {
-            const bool complete = !m_url->text().trimmed().isEmpty()
-                && (!m_referenceStyle->isChecked() || !m_identifier->text().trimmed().isEmpty());
+            const bool complete =
+                !m_url->text().trimmed().isEmpty() &&
+                (!m_referenceStyle->isChecked() || !m_identifier->text().trimmed().isEmpty());
             buttons->button(QDialogButtonBox::Ok)->setEnabled(complete);
         };
         connect(m_url, &QLineEdit::textChanged, this, validate);

@@ -11,7 +11,12 @@ class ZDMarkdownInsertSheet : public QDialog
 {
     Q_OBJECT
 public:
-    enum class Kind { Link, Image, Table };
+    enum class Kind
+    {
+        Link,
+        Image,
+        Table
+    };
 
     /// `suggestedText` prefills the link text or alt text, `suggestedIdentifier` the identifier.
     ZDMarkdownInsertSheet(Kind kind, const QString &suggestedText, const QString &suggestedIdentifier,

@@ -36,9 +36,7 @@ bool isClosingBracket(QChar c)
 class ZDRuleHighlighter : public QSyntaxHighlighter
 {
 public:
-    ZDRuleHighlighter(ZDSyntaxHighlightedTextView *view)
-        : QSyntaxHighlighter(view->document())
-        , m_view(view)
+    ZDRuleHighlighter(ZDSyntaxHighlightedTextView *view) : QSyntaxHighlighter(view->document()), m_view(view)
     {
     }
 
@@ -48,8 +46,9 @@ protected:
         const QList<ZDHighlightRule> &rules = m_view->m_rules;
         const int blockStart = currentBlock().position();
         const int blockEnd = blockStart + int(text.size());
-        auto it = std::partition_point(rules.cbegin(), rules.cend(),
-                                       [&](const ZDHighlightRule &rule) { return rule.begin + rule.length <= blockStart; });
+        auto it = std::partition_point(rules.cbegin(), rules.cend(), [&](const ZDHighlightRule &rule) {
+            return rule.begin + rule.length <= blockStart;
+        });
         for (; it != rules.cend() && it->begin < blockEnd; ++it) {
             const int start = std::max(it->begin, blockStart);
             const int end = std::min(it->begin + it->length, blockEnd);
@@ -67,11 +66,7 @@ private:
 class ZDLineNumberGutter : public QWidget
 {
 public:
-    explicit ZDLineNumberGutter(ZDSyntaxHighlightedTextView *view)
-        : QWidget(view)
-        , m_view(view)
-    {
-    }
+    explicit ZDLineNumberGutter(ZDSyntaxHighlightedTextView *view) : QWidget(view), m_view(view) {}
     QSize sizeHint() const override { return {m_view->gutterWidth(), 0}; }
 
 protected:
@@ -82,9 +77,7 @@ private:
 };
 
 ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
-    : QPlainTextEdit(parent)
-    , m_flashTimer(new QTimer(this))
-    , m_caretTimer(new QTimer(this))
+    : QPlainTextEdit(parent), m_flashTimer(new QTimer(this)), m_caretTimer(new QTimer(this))
 {
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setCursorWidth(0); // the caret is painted in the theme's colour
@@ -92,7 +85,8 @@ ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
 
     // Rules move with the text before the highlighter repaints the edited blocks, so this
     // connection comes before the highlighter's own.
-    connect(document(), &QTextDocument::contentsChange, this, &ZDSyntaxHighlightedTextView::documentContentsChanged);
+    connect(document(), &QTextDocument::contentsChange, this,
+            &ZDSyntaxHighlightedTextView::documentContentsChanged);
     connect(document(), &QTextDocument::undoCommandAdded, this, &ZDSyntaxHighlightedTextView::recordUndoStep);
     m_highlighter = new ZDRuleHighlighter(this);
     m_lastRevision = document()->revision();
@@ -138,7 +132,8 @@ void ZDSyntaxHighlightedTextView::setUserDefaults(ZDUserDefaults *defaults)
         disconnect(m_defaults, nullptr, this, nullptr);
     m_defaults = defaults;
     if (m_defaults)
-        connect(m_defaults, &ZDUserDefaults::valueChanged, this, &ZDSyntaxHighlightedTextView::reloadDisplaySettings);
+        connect(m_defaults, &ZDUserDefaults::valueChanged, this,
+                &ZDSyntaxHighlightedTextView::reloadDisplaySettings);
     reloadDisplaySettings();
 }
 
@@ -193,17 +188,22 @@ QColor ZDSyntaxHighlightedTextView::colorForTokenClass(const QString &tokenClass
 void ZDSyntaxHighlightedTextView::setHighlightRules(const QList<ZDHighlightRule> &rules)
 {
     m_rules = rules;
-    std::stable_sort(m_rules.begin(), m_rules.end(), [](const auto &a, const auto &b) { return a.begin < b.begin; });
+    std::stable_sort(m_rules.begin(), m_rules.end(),
+                     [](const auto &a, const auto &b) { return a.begin < b.begin; });
     m_highlighter->rehighlight();
 }
 
-void ZDSyntaxHighlightedTextView::setHighlightRules(int start, int length, const QList<ZDHighlightRule> &rules)
+void ZDSyntaxHighlightedTextView::setHighlightRules(int start, int length,
+                                                    const QList<ZDHighlightRule> &rules)
 {
     const int end = start + length;
-    m_rules.removeIf([&](const ZDHighlightRule &rule) { return rule.begin < end && rule.begin + rule.length > start; });
+    m_rules.removeIf(
+        [&](const ZDHighlightRule &rule) { return rule.begin < end && rule.begin + rule.length > start; });
     m_rules.append(rules);
-    std::stable_sort(m_rules.begin(), m_rules.end(), [](const auto &a, const auto &b) { return a.begin < b.begin; });
-    for (QTextBlock block = document()->findBlock(start); block.isValid() && block.position() <= end; block = block.next())
+    std::stable_sort(m_rules.begin(), m_rules.end(),
+                     [](const auto &a, const auto &b) { return a.begin < b.begin; });
+    for (QTextBlock block = document()->findBlock(start); block.isValid() && block.position() <= end;
+         block = block.next())
         m_highlighter->rehighlightBlock(block);
 }
 
@@ -215,7 +215,9 @@ void ZDSyntaxHighlightedTextView::shiftRules(int position, int removed, int adde
     shifted.reserve(m_rules.size());
     for (ZDHighlightRule rule : std::as_const(m_rules)) {
         const int end = rule.begin + rule.length;
-        const int newBegin = rule.begin < position ? rule.begin : (rule.begin >= removedEnd ? rule.begin + delta : position + added);
+        const int newBegin = rule.begin < position
+                                 ? rule.begin
+                                 : (rule.begin >= removedEnd ? rule.begin + delta : position + added);
         const int newEnd = end <= position ? end : (end >= removedEnd ? end + delta : position);
         if (newEnd > newBegin)
             shifted.append({newBegin, newEnd - newBegin, rule.tokenClass});
@@ -404,24 +406,29 @@ void ZDSyntaxHighlightedTextView::performMarkdownFormatAction(int tag, const QSt
         openInsertSheet(tag);
         return;
     default:
-        runCommand(ZDMarkdownCommands::performFormatAction(tag, toPlainText(), selectedRange(), languageAlias));
+        runCommand(
+            ZDMarkdownCommands::performFormatAction(tag, toPlainText(), selectedRange(), languageAlias));
     }
 }
 
-void ZDSyntaxHighlightedTextView::insertMarkdownLink(const QString &url, const QString &linkText, const QString &title,
-                                                     const QString &identifier, bool referenceStyle)
+void ZDSyntaxHighlightedTextView::insertMarkdownLink(const QString &url, const QString &linkText,
+                                                     const QString &title, const QString &identifier,
+                                                     bool referenceStyle)
 {
-    runCommand(ZDMarkdownCommands::insertLink(toPlainText(), selectedRange(),
-                                              ZDMarkdownCommands::linkText(url, linkText, title, identifier, referenceStyle),
-                                              ZDMarkdownCommands::actionNameForTag(ZDMarkdownCommands::InsertLinkTag)));
+    runCommand(ZDMarkdownCommands::insertLink(
+        toPlainText(), selectedRange(),
+        ZDMarkdownCommands::linkText(url, linkText, title, identifier, referenceStyle),
+        ZDMarkdownCommands::actionNameForTag(ZDMarkdownCommands::InsertLinkTag)));
 }
 
-void ZDSyntaxHighlightedTextView::insertMarkdownImage(const QString &url, const QString &title, const QString &altText,
-                                                      const QString &identifier, bool referenceStyle)
+void ZDSyntaxHighlightedTextView::insertMarkdownImage(const QString &url, const QString &title,
+                                                      const QString &altText, const QString &identifier,
+                                                      bool referenceStyle)
 {
-    runCommand(ZDMarkdownCommands::insertLink(toPlainText(), selectedRange(),
-                                              ZDMarkdownCommands::imageText(url, title, altText, identifier, referenceStyle),
-                                              ZDMarkdownCommands::actionNameForTag(ZDMarkdownCommands::InsertImageTag)));
+    runCommand(ZDMarkdownCommands::insertLink(
+        toPlainText(), selectedRange(),
+        ZDMarkdownCommands::imageText(url, title, altText, identifier, referenceStyle),
+        ZDMarkdownCommands::actionNameForTag(ZDMarkdownCommands::InsertImageTag)));
 }
 
 void ZDSyntaxHighlightedTextView::insertMarkdownTable(int rows, int columns)
@@ -444,12 +451,14 @@ void ZDSyntaxHighlightedTextView::openInsertSheet(int tag)
     connect(sheet, &QDialog::accepted, this, [this, sheet] {
         switch (sheet->kind()) {
         case ZDMarkdownInsertSheet::Kind::Link:
-            insertMarkdownLink(sheet->urlField()->text(), sheet->textField()->text(), sheet->titleField()->text(),
-                               sheet->identifierField()->text(), sheet->referenceStyleBox()->isChecked());
+            insertMarkdownLink(sheet->urlField()->text(), sheet->textField()->text(),
+                               sheet->titleField()->text(), sheet->identifierField()->text(),
+                               sheet->referenceStyleBox()->isChecked());
             break;
         case ZDMarkdownInsertSheet::Kind::Image:
-            insertMarkdownImage(sheet->urlField()->text(), sheet->titleField()->text(), sheet->textField()->text(),
-                                sheet->identifierField()->text(), sheet->referenceStyleBox()->isChecked());
+            insertMarkdownImage(sheet->urlField()->text(), sheet->titleField()->text(),
+                                sheet->textField()->text(), sheet->identifierField()->text(),
+                                sheet->referenceStyleBox()->isChecked());
             break;
         case ZDMarkdownInsertSheet::Kind::Table:
             insertMarkdownTable(sheet->rowsBox()->value(), sheet->columnsBox()->value());
@@ -461,7 +470,8 @@ void ZDSyntaxHighlightedTextView::openInsertSheet(int tag)
 
 bool ZDSyntaxHighlightedTextView::typeText(const QString &typed)
 {
-    return runCommand(ZDTextCommands::insertTypedText(toPlainText(), selectedRange(), typed, currentSettings()));
+    return runCommand(
+        ZDTextCommands::insertTypedText(toPlainText(), selectedRange(), typed, currentSettings()));
 }
 
 void ZDSyntaxHighlightedTextView::showMatchingBracketForClosingBracketAt(int index)
@@ -484,13 +494,16 @@ void ZDSyntaxHighlightedTextView::keyPressEvent(QKeyEvent *event)
         return insertTab();
     if (key == Qt::Key_Backtab || (key == Qt::Key_Tab && modifiers == Qt::ShiftModifier))
         return insertBacktab();
-    if ((key == Qt::Key_Return || key == Qt::Key_Enter) && modifiers == Qt::NoModifier)
+    // Shift+Return too: the snippet's text has one kind of line break only.
+    if ((key == Qt::Key_Return || key == Qt::Key_Enter) &&
+        (modifiers == Qt::NoModifier || modifiers == Qt::ShiftModifier))
         return insertNewline();
     if (key == Qt::Key_Backspace && modifiers == Qt::NoModifier)
         return deleteBackward();
 
     const QString typed = event->text();
-    const bool plainText = !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) && typed.size() == 1;
+    const bool plainText =
+        !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) && typed.size() == 1;
     const bool pairing = plainText && QStringLiteral("{[(\"')]}").contains(typed);
     if (!(pairing && typeText(typed)))
         QPlainTextEdit::keyPressEvent(event);
@@ -523,12 +536,18 @@ void ZDSyntaxHighlightedTextView::addEditorAction(const QString &identifier, con
 void ZDSyntaxHighlightedTextView::createActions()
 {
     using namespace ZDMarkdownCommands;
-    addEditorAction(QStringLiteral("shiftLeft"), tr("Shift Left"), QKeySequence(Qt::CTRL | Qt::Key_BracketLeft), [this] { shiftLeft(); });
-    addEditorAction(QStringLiteral("shiftRight"), tr("Shift Right"), QKeySequence(Qt::CTRL | Qt::Key_BracketRight), [this] { shiftRight(); });
-    addEditorAction(QStringLiteral("duplicate"), tr("Duplicate"), QKeySequence(Qt::CTRL | Qt::Key_D), [this] { duplicateSelectedLines(); });
-    addEditorAction(QStringLiteral("convertToSpaces"), tr("Convert Indentation to Spaces"), {}, [this] { convertIndentationToSpaces(); });
-    addEditorAction(QStringLiteral("convertToTabs"), tr("Convert Indentation to Tabs"), {}, [this] { convertIndentationToTabs(); });
-    addEditorAction(QStringLiteral("stripTrailingWhitespace"), tr("Strip Trailing Whitespace"), {}, [this] { stripTrailingWhitespace(); });
+    addEditorAction(QStringLiteral("shiftLeft"), tr("Shift Left"),
+                    QKeySequence(Qt::CTRL | Qt::Key_BracketLeft), [this] { shiftLeft(); });
+    addEditorAction(QStringLiteral("shiftRight"), tr("Shift Right"),
+                    QKeySequence(Qt::CTRL | Qt::Key_BracketRight), [this] { shiftRight(); });
+    addEditorAction(QStringLiteral("duplicate"), tr("Duplicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
+                    [this] { duplicateSelectedLines(); });
+    addEditorAction(QStringLiteral("convertToSpaces"), tr("Convert Indentation to Spaces"), {},
+                    [this] { convertIndentationToSpaces(); });
+    addEditorAction(QStringLiteral("convertToTabs"), tr("Convert Indentation to Tabs"), {},
+                    [this] { convertIndentationToTabs(); });
+    addEditorAction(QStringLiteral("stripTrailingWhitespace"), tr("Strip Trailing Whitespace"), {},
+                    [this] { stripTrailingWhitespace(); });
 
     const QList<std::pair<int, QKeySequence>> markdown{
         {StrongTag, QKeySequence(Qt::CTRL | Qt::Key_B)},

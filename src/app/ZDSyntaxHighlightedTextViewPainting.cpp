@@ -10,7 +10,7 @@
 namespace {
 constexpr int GutterPadding = 6;
 constexpr int CaretWidth = 2;
-}
+} // namespace
 
 void ZDSyntaxHighlightedTextView::updateExtraSelections()
 {
@@ -67,8 +67,8 @@ void ZDSyntaxHighlightedTextView::paintGutter(QPaintEvent *event)
         QFont numberFont = font();
         numberFont.setBold(block.blockNumber() == current);
         painter.setFont(numberFont);
-        painter.drawText(QRectF(0, bounds.top(), width, fontMetrics().height()), Qt::AlignRight | Qt::AlignVCenter,
-                         QString::number(block.blockNumber() + 1));
+        painter.drawText(QRectF(0, bounds.top(), width, fontMetrics().height()),
+                         Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
     }
 }
 
@@ -97,8 +97,10 @@ void ZDSyntaxHighlightedTextView::paintInvisibles(QPainter &painter, const QRect
             if (!line.isValid())
                 return;
             const qreal left = line.cursorToX(index);
-            const qreal right = index < text.size() ? line.cursorToX(index + 1) : left + fontMetrics().horizontalAdvance(glyph);
-            painter.drawText(QRectF(bounds.left() + left, bounds.top() + line.y(), std::max<qreal>(right - left, 1), line.height()),
+            const qreal right = index < text.size() ? line.cursorToX(index + 1)
+                                                    : left + fontMetrics().horizontalAdvance(glyph);
+            painter.drawText(QRectF(bounds.left() + left, bounds.top() + line.y(),
+                                    std::max<qreal>(right - left, 1), line.height()),
                              alignment | Qt::AlignVCenter, glyph);
         };
         for (int i = 0; i < text.size(); ++i) {
@@ -148,10 +150,12 @@ QString ZDSyntaxHighlightedTextView::selectionAsHtml() const
         for (int i = start; i < end; ++i)
             colors[i - range.location] = color;
     }
-    QString html = QStringLiteral("<html><body style=\"background-color:%1;\"><pre style=\"background-color:%1; color:%2; "
-                                  "font-family:'%3'; font-size:%4pt;\">")
-                       .arg(m_colors.background.name(), m_colors.foreground.name(), font().family().toHtmlEscaped())
-                       .arg(font().pointSizeF());
+    QString html =
+        QStringLiteral(
+            "<html><body style=\"background-color:%1;\"><pre style=\"background-color:%1; color:%2; "
+            "font-family:'%3'; font-size:%4pt;\">")
+            .arg(m_colors.background.name(), m_colors.foreground.name(), font().family().toHtmlEscaped())
+            .arg(font().pointSizeF());
     for (int start = 0; start < text.size();) {
         int end = start + 1;
         while (end < text.size() && colors[end] == colors[start])

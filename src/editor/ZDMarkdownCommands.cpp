@@ -77,19 +77,32 @@ ZDTextRange rangeForEmptySelection(const QString &text, int caret, Granularity g
 QString actionNameForTag(int tag)
 {
     switch (tag) {
-    case StrongTag: return QStringLiteral("Strong");
-    case EmphasizeTag: return QStringLiteral("Emphasize");
-    case CommentTag: return QStringLiteral("Comment");
-    case OrderedListTag: return QStringLiteral("Ordered List");
-    case UnorderedListTag: return QStringLiteral("Unordered List");
-    case BlockquoteTag: return QStringLiteral("Blockquote");
-    case InlineCodeTag: return QStringLiteral("Inline Code");
-    case MarkTag: return QStringLiteral("Mark");
-    case LineThroughTag: return QStringLiteral("Line-through");
-    case CodeBlockTag: return QStringLiteral("Insert Code Block");
-    case InsertLinkTag: return QStringLiteral("Insert Link");
-    case InsertImageTag: return QStringLiteral("Insert Image");
-    case InsertTableTag: return QStringLiteral("Insert Table");
+    case StrongTag:
+        return QStringLiteral("Strong");
+    case EmphasizeTag:
+        return QStringLiteral("Emphasize");
+    case CommentTag:
+        return QStringLiteral("Comment");
+    case OrderedListTag:
+        return QStringLiteral("Ordered List");
+    case UnorderedListTag:
+        return QStringLiteral("Unordered List");
+    case BlockquoteTag:
+        return QStringLiteral("Blockquote");
+    case InlineCodeTag:
+        return QStringLiteral("Inline Code");
+    case MarkTag:
+        return QStringLiteral("Mark");
+    case LineThroughTag:
+        return QStringLiteral("Line-through");
+    case CodeBlockTag:
+        return QStringLiteral("Insert Code Block");
+    case InsertLinkTag:
+        return QStringLiteral("Insert Link");
+    case InsertImageTag:
+        return QStringLiteral("Insert Image");
+    case InsertTableTag:
+        return QStringLiteral("Insert Table");
     default:
         if (tag >= Heading1Tag && tag <= Heading6Tag)
             return QStringLiteral("Heading %1").arg(tag - 100);
@@ -97,27 +110,40 @@ QString actionNameForTag(int tag)
     }
 }
 
-ZDTextEditResult performFormatAction(int tag, const QString &text, ZDTextRange selection, const QString &languageAlias)
+ZDTextEditResult performFormatAction(int tag, const QString &text, ZDTextRange selection,
+                                     const QString &languageAlias)
 {
     const QString name = actionNameForTag(tag);
     const auto surround = [&](const char *marker, Granularity granularity) {
-        return toggleSurround(text, selection, QString::fromLatin1(marker), QString::fromLatin1(marker), granularity, name);
+        return toggleSurround(text, selection, QString::fromLatin1(marker), QString::fromLatin1(marker),
+                              granularity, name);
     };
     const auto prefix = [&](const char *pattern, const char *canonical) {
-        return toggleLinePrefix(text, selection, QString::fromLatin1(pattern), QString(), QString::fromLatin1(canonical), name);
+        return toggleLinePrefix(text, selection, QString::fromLatin1(pattern), QString(),
+                                QString::fromLatin1(canonical), name);
     };
     switch (tag) {
-    case StrongTag: return surround("**", Granularity::Word);
-    case EmphasizeTag: return surround("*", Granularity::Word);
+    case StrongTag:
+        return surround("**", Granularity::Word);
+    case EmphasizeTag:
+        return surround("*", Granularity::Word);
     case CommentTag:
-        return toggleSurround(text, selection, QStringLiteral("<!-- "), QStringLiteral(" -->"), Granularity::Line, name);
-    case OrderedListTag: return prefix(OrderedListPattern, "1. ");
-    case UnorderedListTag: return prefix(UnorderedListPattern, "- ");
-    case BlockquoteTag: return prefix(BlockquotePattern, "> ");
-    case InlineCodeTag: return surround("`", Granularity::Word);
-    case MarkTag: return surround("==", Granularity::Word);
-    case LineThroughTag: return surround("~~", Granularity::Word);
-    case CodeBlockTag: return insertCodeBlock(text, selection, languageAlias);
+        return toggleSurround(text, selection, QStringLiteral("<!-- "), QStringLiteral(" -->"),
+                              Granularity::Line, name);
+    case OrderedListTag:
+        return prefix(OrderedListPattern, "1. ");
+    case UnorderedListTag:
+        return prefix(UnorderedListPattern, "- ");
+    case BlockquoteTag:
+        return prefix(BlockquotePattern, "> ");
+    case InlineCodeTag:
+        return surround("`", Granularity::Word);
+    case MarkTag:
+        return surround("==", Granularity::Word);
+    case LineThroughTag:
+        return surround("~~", Granularity::Word);
+    case CodeBlockTag:
+        return insertCodeBlock(text, selection, languageAlias);
     default:
         if (tag >= Heading1Tag && tag <= Heading6Tag)
             return toggleHeading(text, selection, tag - 100);
@@ -128,26 +154,29 @@ ZDTextEditResult performFormatAction(int tag, const QString &text, ZDTextRange s
 ZDTextEditResult toggleSurround(const QString &text, ZDTextRange selection, const QString &prefix,
                                 const QString &suffix, Granularity granularity, const QString &actionName)
 {
-    const ZDTextRange range = selection.length > 0 ? selection : rangeForEmptySelection(text, selection.location, granularity);
+    const ZDTextRange range =
+        selection.length > 0 ? selection : rangeForEmptySelection(text, selection.location, granularity);
     const QString inner = text.mid(range.location, range.length);
     const int p = prefix.size();
     const int s = suffix.size();
     if (wrappedOutside(text, range, prefix, suffix))
         return ZDTextEdit{{{{range.location - p, p + range.length + s}, inner}},
-                          {selection.location - p, selection.length}, actionName};
+                          {selection.location - p, selection.length},
+                          actionName};
     if (countsAsSurround(inner, prefix, suffix)) {
         const QString unwrapped = inner.mid(p, inner.size() - p - s);
         const ZDTextRange after = selection.length == 0
-            ? ZDTextRange{std::max(range.location, selection.location - p), 0}
-            : ZDTextRange{selection.location, selection.length - p - s};
+                                      ? ZDTextRange{std::max(range.location, selection.location - p), 0}
+                                      : ZDTextRange{selection.location, selection.length - p - s};
         return ZDTextEdit{{{range, unwrapped}}, after, actionName};
     }
-    return ZDTextEdit{{{range, prefix + inner + suffix}}, {selection.location + p, selection.length}, actionName};
+    return ZDTextEdit{
+        {{range, prefix + inner + suffix}}, {selection.location + p, selection.length}, actionName};
 }
 
-ZDTextEditResult toggleLinePrefix(const QString &text, ZDTextRange selection, const QString &equivalencePattern,
-                                  const QString &alternatePattern, const QString &canonicalPrefix,
-                                  const QString &actionName)
+ZDTextEditResult toggleLinePrefix(const QString &text, ZDTextRange selection,
+                                  const QString &equivalencePattern, const QString &alternatePattern,
+                                  const QString &canonicalPrefix, const QString &actionName)
 {
     const ZDTextRange block = ZDTextCommands::selectedLinesRange(text, selection);
     const QStringList lines = text.mid(block.location, block.length).split(QLatin1Char('\n'));
@@ -163,7 +192,8 @@ ZDTextEditResult toggleLinePrefix(const QString &text, ZDTextRange selection, co
         } else if (const auto match = equivalence.match(line); match.hasMatch()) {
             markerLength = match.capturedLength();
             result = line.mid(markerLength);
-        } else if (const auto other = alternatePattern.isEmpty() ? QRegularExpressionMatch() : alternate.match(line);
+        } else if (const auto other =
+                       alternatePattern.isEmpty() ? QRegularExpressionMatch() : alternate.match(line);
                    other.hasMatch()) {
             markerLength = other.capturedLength();
             result = canonicalPrefix + line.mid(markerLength);
@@ -206,7 +236,8 @@ ZDTextEditResult insertCodeBlock(const QString &text, ZDTextRange selection, con
 {
     Q_UNUSED(text);
     const QString block = QStringLiteral("\n```%1\n\n```\n").arg(languageAlias);
-    return ZDTextEdit{{{selection, block}}, {selection.location + int(block.size()) - 5, 0},
+    return ZDTextEdit{{{selection, block}},
+                      {selection.location + int(block.size()) - 5, 0},
                       actionNameForTag(CodeBlockTag)};
 }
 
@@ -249,8 +280,8 @@ LinkText linkText(const QString &url, const QString &text, const QString &title,
     return {QStringLiteral("[%1](%2)").arg(text, url), QString()};
 }
 
-LinkText imageText(const QString &url, const QString &title, const QString &altText, const QString &identifier,
-                   bool referenceStyle)
+LinkText imageText(const QString &url, const QString &title, const QString &altText,
+                   const QString &identifier, bool referenceStyle)
 {
     if (referenceStyle)
         return {QStringLiteral("![%1][%2]").arg(altText, identifier), definitionLine(identifier, url, title)};
@@ -259,9 +290,11 @@ LinkText imageText(const QString &url, const QString &title, const QString &altT
     return {QStringLiteral("![%1](%2)").arg(altText, url), QString()};
 }
 
-ZDTextEditResult insertLink(const QString &text, ZDTextRange selection, const LinkText &link, const QString &actionName)
+ZDTextEditResult insertLink(const QString &text, ZDTextRange selection, const LinkText &link,
+                            const QString &actionName)
 {
-    ZDTextEdit edit{{{selection, link.inserted}}, {selection.location + int(link.inserted.size()), 0}, actionName};
+    ZDTextEdit edit{
+        {{selection, link.inserted}}, {selection.location + int(link.inserted.size()), 0}, actionName};
     if (!link.definition.isEmpty())
         edit.replacements.append({{int(text.size()), 0}, QLatin1Char('\n') + link.definition});
     return edit;

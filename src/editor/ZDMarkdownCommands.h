@@ -9,10 +9,16 @@
 /// images. Each returns the edit to make, or nothing.
 namespace ZDMarkdownCommands {
 
-enum class Granularity { None, Word, Line };
+enum class Granularity
+{
+    None,
+    Word,
+    Line
+};
 
 /// Format action tags, as the menu items carry them.
-enum Tag {
+enum Tag
+{
     StrongTag = 1,
     EmphasizeTag = 2,
     CommentTag = 3,
@@ -47,9 +53,9 @@ ZDTextEditResult toggleSurround(const QString &text, ZDTextRange selection, cons
                                 const QString &suffix, Granularity granularity, const QString &actionName);
 /// Per selected line: removes the marker matching `equivalencePattern`, else turns a marker
 /// matching `alternatePattern` into `canonicalPrefix`, else puts `canonicalPrefix` in front.
-ZDTextEditResult toggleLinePrefix(const QString &text, ZDTextRange selection, const QString &equivalencePattern,
-                                  const QString &alternatePattern, const QString &canonicalPrefix,
-                                  const QString &actionName);
+ZDTextEditResult toggleLinePrefix(const QString &text, ZDTextRange selection,
+                                  const QString &equivalencePattern, const QString &alternatePattern,
+                                  const QString &canonicalPrefix, const QString &actionName);
 /// Makes the selected lines headings of `level` (1-6), or plain lines when they already are.
 ZDTextEditResult toggleHeading(const QString &text, ZDTextRange selection, int level);
 
@@ -65,12 +71,13 @@ struct LinkText
     QString inserted;
     QString definition;
 };
-LinkText linkText(const QString &url, const QString &linkText, const QString &title, const QString &identifier,
-                  bool referenceStyle);
-LinkText imageText(const QString &url, const QString &title, const QString &altText, const QString &identifier,
-                   bool referenceStyle);
+LinkText linkText(const QString &url, const QString &linkText, const QString &title,
+                  const QString &identifier, bool referenceStyle);
+LinkText imageText(const QString &url, const QString &title, const QString &altText,
+                   const QString &identifier, bool referenceStyle);
 /// Replaces the selection by `link.inserted`, appends "\n" + the definition at the very end of the
 /// text, and leaves the caret after the inserted text.
-ZDTextEditResult insertLink(const QString &text, ZDTextRange selection, const LinkText &link, const QString &actionName);
+ZDTextEditResult insertLink(const QString &text, ZDTextRange selection, const LinkText &link,
+                            const QString &actionName);
 
 } // namespace ZDMarkdownCommands

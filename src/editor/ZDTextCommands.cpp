@@ -16,11 +16,14 @@ QString indentationUnit(const ZDEditorSettings &settings)
 
 ZDTextEdit insertion(ZDTextRange selection, const QString &inserted, int caretOffset)
 {
-    return {{{selection, inserted}}, {selection.location + caretOffset, 0}, QString::fromLatin1(TypingActionName)};
+    return {{{selection, inserted}},
+            {selection.location + caretOffset, 0},
+            QString::fromLatin1(TypingActionName)};
 }
 
 /// An edit made of line replacements: the selection follows the text it covered.
-ZDTextEditResult lineEdit(QList<ZDTextReplacement> replacements, ZDTextRange selection, const QString &actionName)
+ZDTextEditResult lineEdit(QList<ZDTextReplacement> replacements, ZDTextRange selection,
+                          const QString &actionName)
 {
     if (replacements.isEmpty())
         return std::nullopt;
@@ -32,8 +35,7 @@ ZDTextEditResult lineEdit(QList<ZDTextReplacement> replacements, ZDTextRange sel
 }
 
 /// Calls `visit(lineStart, contentsEnd)` for every line of the text.
-template<typename Visitor>
-void forEachLine(const QString &text, Visitor visit)
+template <typename Visitor> void forEachLine(const QString &text, Visitor visit)
 {
     int start = 0;
     while (true) {
@@ -117,7 +119,8 @@ int visualWidth(QStringView run, int tabSize)
 
 bool isSelectingMultipleLines(const QString &text, ZDTextRange selection)
 {
-    return selection.length > 0 && QStringView(text).mid(selection.location, selection.length).contains(QLatin1Char('\n'));
+    return selection.length > 0 &&
+           QStringView(text).mid(selection.location, selection.length).contains(QLatin1Char('\n'));
 }
 
 ZDTextRange selectedLinesRange(const QString &text, ZDTextRange selection)
@@ -254,7 +257,8 @@ std::optional<int> matchingOpeningBracket(const QString &text, int closingIndex)
     return std::nullopt;
 }
 
-ZDTextEditResult convertIndentationToSpaces(const QString &text, ZDTextRange selection, const ZDEditorSettings &settings)
+ZDTextEditResult convertIndentationToSpaces(const QString &text, ZDTextRange selection,
+                                            const ZDEditorSettings &settings)
 {
     QList<ZDTextReplacement> replacements;
     forEachLine(text, [&](int start, int) {
@@ -262,12 +266,14 @@ ZDTextEditResult convertIndentationToSpaces(const QString &text, ZDTextRange sel
         QString old = text.mid(indentation.location, indentation.length);
         if (!old.contains(QLatin1Char('\t')))
             return;
-        replacements.append({indentation, old.replace(QLatin1Char('\t'), QString(settings.tabSize, QLatin1Char(' ')))});
+        replacements.append(
+            {indentation, old.replace(QLatin1Char('\t'), QString(settings.tabSize, QLatin1Char(' ')))});
     });
     return lineEdit(std::move(replacements), selection, QString::fromLatin1(ConvertToSpacesActionName));
 }
 
-ZDTextEditResult convertIndentationToTabs(const QString &text, ZDTextRange selection, const ZDEditorSettings &settings)
+ZDTextEditResult convertIndentationToTabs(const QString &text, ZDTextRange selection,
+                                          const ZDEditorSettings &settings)
 {
     QList<ZDTextReplacement> replacements;
     forEachLine(text, [&](int start, int) {
@@ -301,7 +307,8 @@ ZDTextEditResult stripTrailingWhitespace(const QString &text, ZDTextRange select
         if (contentEnd < end)
             replacements.append({{contentEnd, end - contentEnd}, QString()});
     });
-    return lineEdit(std::move(replacements), selection, QString::fromLatin1(StripTrailingWhitespaceActionName));
+    return lineEdit(std::move(replacements), selection,
+                    QString::fromLatin1(StripTrailingWhitespaceActionName));
 }
 
 ZDTextEditResult duplicateSelectedLines(const QString &text, ZDTextRange selection)

@@ -52,8 +52,10 @@ ZDTextEditResult deleteBackward(const QString &text, ZDTextRange selection, cons
 /// The opening bracket that matches the closing one at `closingIndex`, counting nesting only.
 std::optional<int> matchingOpeningBracket(const QString &text, int closingIndex);
 
-ZDTextEditResult convertIndentationToSpaces(const QString &text, ZDTextRange selection, const ZDEditorSettings &settings);
-ZDTextEditResult convertIndentationToTabs(const QString &text, ZDTextRange selection, const ZDEditorSettings &settings);
+ZDTextEditResult convertIndentationToSpaces(const QString &text, ZDTextRange selection,
+                                            const ZDEditorSettings &settings);
+ZDTextEditResult convertIndentationToTabs(const QString &text, ZDTextRange selection,
+                                          const ZDEditorSettings &settings);
 ZDTextEditResult stripTrailingWhitespace(const QString &text, ZDTextRange selection);
 /// Copies the selected lines below them; the selection stays on the first copy.
 ZDTextEditResult duplicateSelectedLines(const QString &text, ZDTextRange selection);

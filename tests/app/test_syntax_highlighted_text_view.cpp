@@ -6,13 +6,13 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QSpinBox>
-#include <QClipboard>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
@@ -97,14 +97,38 @@ private Q_SLOTS:
         QTest::addColumn<QString>("keys");
         QTest::addColumn<QString>("after");
         QTest::addColumn<QString>("undoName");
-        QTest::newRow("smart tab at column 6") << "abcdef«»" << "\t" << "abcdef  «»" << "Typing";
-        QTest::newRow("tab over lines shifts") << "«a\nb»" << "\t" << "    «a\n    b»" << "Shift Right";
-        QTest::newRow("back-tab over lines") << "«    a\n      b»" << "\x19" << "«a\n    b»" << "Shift Left";
-        QTest::newRow("return between braces") << "  if {«»}" << "\n" << "  if {\n      «»\n  }" << "Typing";
-        QTest::newRow("brace pair") << "x«»" << "{" << "x{«»}" << "Typing";
-        QTest::newRow("backspace over indentation") << "        «»x" << "\b" << "    «»x" << "Typing";
-        QTest::newRow("backspace over a pair") << "f(«»)" << "\b" << "f«»" << "Typing";
-        QTest::newRow("plain typing") << "a«»" << "bc" << "abc«»" << "Typing";
+        QTest::newRow("smart tab at column 6") << "abcdef«»"
+                                               << "\t"
+                                               << "abcdef  «»"
+                                               << "Typing";
+        QTest::newRow("tab over lines shifts") << "«a\nb»"
+                                               << "\t"
+                                               << "    «a\n    b»"
+                                               << "Shift Right";
+        QTest::newRow("back-tab over lines") << "«    a\n      b»"
+                                             << "\x19"
+                                             << "«a\n    b»"
+                                             << "Shift Left";
+        QTest::newRow("return between braces") << "  if {«»}"
+                                               << "\n"
+                                               << "  if {\n      «»\n  }"
+                                               << "Typing";
+        QTest::newRow("brace pair") << "x«»"
+                                    << "{"
+                                    << "x{«»}"
+                                    << "Typing";
+        QTest::newRow("backspace over indentation") << "        «»x"
+                                                    << "\b"
+                                                    << "    «»x"
+                                                    << "Typing";
+        QTest::newRow("backspace over a pair") << "f(«»)"
+                                               << "\b"
+                                               << "f«»"
+                                               << "Typing";
+        QTest::newRow("plain typing") << "a«»"
+                                      << "bc"
+                                      << "abc«»"
+                                      << "Typing";
     }
 
     void keys()
@@ -151,23 +175,36 @@ private Q_SLOTS:
         QTest::addColumn<QString>("after");
         QTest::addColumn<QString>("undoName");
         const auto markdown = [](int tag) {
-            return Command([tag](ZDSyntaxHighlightedTextView &v) { v.performMarkdownFormatAction(tag, QStringLiteral("js")); });
+            return Command([tag](ZDSyntaxHighlightedTextView &v) {
+                v.performMarkdownFormatAction(tag, QStringLiteral("js"));
+            });
         };
-        QTest::newRow("to tabs") << "      x«»" << Command(&ZDSyntaxHighlightedTextView::convertIndentationToTabs)
-                                 << "\t  x«»" << "Convert Indentation to Tabs";
-        QTest::newRow("strip") << "a \nb\t«»" << Command(&ZDSyntaxHighlightedTextView::stripTrailingWhitespace)
-                               << "a\nb«»" << "Strip Trailing Whitespace";
-        QTest::newRow("duplicate") << "a«»\nb" << Command(&ZDSyntaxHighlightedTextView::duplicateSelectedLines)
-                                   << "a«»\na\nb" << "Duplicate";
-        QTest::newRow("strong") << "a «b» c" << markdown(StrongTag) << "a **«b»** c" << "Strong";
-        QTest::newRow("heading") << "# T«»" << markdown(Heading1Tag + 1) << "## T«»" << "Heading 2";
-        QTest::newRow("code block") << "«»" << markdown(CodeBlockTag) << "\n```js\n«»\n```\n" << "Insert Code Block";
+        QTest::newRow("to tabs") << "      x«»"
+                                 << Command(&ZDSyntaxHighlightedTextView::convertIndentationToTabs)
+                                 << "\t  x«»"
+                                 << "Convert Indentation to Tabs";
+        QTest::newRow("strip") << "a \nb\t«»"
+                               << Command(&ZDSyntaxHighlightedTextView::stripTrailingWhitespace) << "a\nb«»"
+                               << "Strip Trailing Whitespace";
+        QTest::newRow("duplicate") << "a«»\nb"
+                                   << Command(&ZDSyntaxHighlightedTextView::duplicateSelectedLines)
+                                   << "a«»\na\nb"
+                                   << "Duplicate";
+        QTest::newRow("strong") << "a «b» c" << markdown(StrongTag) << "a **«b»** c"
+                                << "Strong";
+        QTest::newRow("heading") << "# T«»" << markdown(Heading1Tag + 1) << "## T«»"
+                                 << "Heading 2";
+        QTest::newRow("code block") << "«»" << markdown(CodeBlockTag) << "\n```js\n«»\n```\n"
+                                    << "Insert Code Block";
         QTest::newRow("reference link")
             << "a «b» c\nd"
             << Command([](ZDSyntaxHighlightedTextView &v) { v.insertMarkdownLink("u", "b", "", "1", true); })
-            << "a [b][1]«» c\nd\n[1]: u" << "Insert Link";
-        QTest::newRow("table") << "«»" << Command([](ZDSyntaxHighlightedTextView &v) { v.insertMarkdownTable(1, 1); })
-                               << "\n|«»    |\n|----|\n" << "Insert Table";
+            << "a [b][1]«» c\nd\n[1]: u"
+            << "Insert Link";
+        QTest::newRow("table") << "«»"
+                               << Command([](ZDSyntaxHighlightedTextView &v) { v.insertMarkdownTable(1, 1); })
+                               << "\n|«»    |\n|----|\n"
+                               << "Insert Table";
     }
 
     void commands()
@@ -192,9 +229,11 @@ private Q_SLOTS:
         m_view->shiftRight();
         m_view->duplicateSelectedLines();
         m_view->performMarkdownFormatAction(ZDMarkdownCommands::UnorderedListTag);
-        const QStringList texts{QStringLiteral("-     a\n-     b\n    a\n    b"), QStringLiteral("    a\n    b\n    a\n    b"),
-                                QStringLiteral("    a\n    b"), original};
-        const QStringList names{QStringLiteral("Unordered List"), QStringLiteral("Duplicate"), QStringLiteral("Shift Right")};
+        const QStringList texts{QStringLiteral("-     a\n-     b\n    a\n    b"),
+                                QStringLiteral("    a\n    b\n    a\n    b"), QStringLiteral("    a\n    b"),
+                                original};
+        const QStringList names{QStringLiteral("Unordered List"), QStringLiteral("Duplicate"),
+                                QStringLiteral("Shift Right")};
         for (int step = 0; step < names.size(); ++step) {
             QCOMPARE(m_view->toPlainText(), texts.at(step));
             QCOMPARE(m_view->undoActionName(), names.at(step));
@@ -265,7 +304,8 @@ private Q_SLOTS:
         QCOMPARE(m_view->highlightRules().constFirst().length, 3);
 
         m_view->selectAll();
-        QVERIFY(m_view->selectionAsHtml().contains(QStringLiteral("<span style=\"color:#b833a1;\">int</span>")));
+        QVERIFY(
+            m_view->selectionAsHtml().contains(QStringLiteral("<span style=\"color:#b833a1;\">int</span>")));
     }
 
     void copyCarriesTheThemeBackground()

@@ -21,8 +21,10 @@ void runCases(std::initializer_list<Case> cases)
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.before) + " with tag " + std::to_string(c.tag));
         const Marked before = parse(c.before);
-        const QString expected = c.after ? mark(parse(c.after).text, parse(c.after).selection) : QStringLiteral("(no edit)");
-        const ZDTextEditResult edit = performFormatAction(c.tag, before.text, before.selection, QStringLiteral("python"));
+        const QString expected =
+            c.after ? mark(parse(c.after).text, parse(c.after).selection) : QStringLiteral("(no edit)");
+        const ZDTextEditResult edit =
+            performFormatAction(c.tag, before.text, before.selection, QStringLiteral("python"));
         EXPECT_EQ(applied(before, edit).toStdString(), expected.toStdString());
         if (edit) {
             EXPECT_EQ(edit->actionName, actionNameForTag(c.tag));
@@ -96,7 +98,8 @@ TEST(MarkdownInsertions, CodeBlockAndTable)
     const Marked empty = parse("«»");
     const ZDTextEditResult table = insertTable(empty.text, empty.selection, 3, 2);
     ASSERT_TRUE(table);
-    EXPECT_EQ(table->appliedTo(QString()), QStringLiteral("\n|    |    |\n|----|----|\n|    |    |\n|    |    |\n"));
+    EXPECT_EQ(table->appliedTo(QString()),
+              QStringLiteral("\n|    |    |\n|----|----|\n|    |    |\n|    |    |\n"));
     EXPECT_EQ(table->actionName, QStringLiteral("Insert Table"));
     EXPECT_FALSE(insertTable(empty.text, empty.selection, 0, 2));
     EXPECT_FALSE(insertTable(empty.text, empty.selection, 2, 0));
@@ -130,7 +133,8 @@ TEST(MarkdownInsertions, LinkAndImageTexts)
 
 TEST(MarkdownInsertions, ReferenceDefinitionGoesAtTheEnd)
 {
-    const LinkText link = linkText(QStringLiteral("http://x.org"), QStringLiteral("two"), QString(), QStringLiteral("1"), true);
+    const LinkText link =
+        linkText(QStringLiteral("http://x.org"), QStringLiteral("two"), QString(), QStringLiteral("1"), true);
     const Marked middle = parse("one «two» three\nlast");
     EXPECT_EQ(applied(middle, insertLink(middle.text, middle.selection, link, QStringLiteral("Insert Link"))),
               mark(QStringLiteral("one [two][1] three\nlast\n[1]: http://x.org"), {12, 0}));
@@ -139,8 +143,10 @@ TEST(MarkdownInsertions, ReferenceDefinitionGoesAtTheEnd)
     EXPECT_EQ(applied(atEnd, insertLink(atEnd.text, atEnd.selection, link, QStringLiteral("Insert Link"))),
               mark(QStringLiteral("end [two][1]\n[1]: http://x.org"), {12, 0}));
 
-    const LinkText inlineLink = linkText(QStringLiteral("u"), QStringLiteral("t"), QString(), QString(), false);
-    const ZDTextEditResult plain = insertLink(atEnd.text, atEnd.selection, inlineLink, QStringLiteral("Insert Link"));
+    const LinkText inlineLink =
+        linkText(QStringLiteral("u"), QStringLiteral("t"), QString(), QString(), false);
+    const ZDTextEditResult plain =
+        insertLink(atEnd.text, atEnd.selection, inlineLink, QStringLiteral("Insert Link"));
     ASSERT_TRUE(plain);
     EXPECT_EQ(plain->replacements.size(), 1);
 }

@@ -41,8 +41,10 @@ void runCases(std::initializer_list<Case> cases)
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
         const Marked before = parse(c.before);
-        const QString expected = c.after ? mark(parse(c.after).text, parse(c.after).selection) : QStringLiteral("(no edit)");
-        EXPECT_EQ(applied(before, c.command(before.text, before.selection)).toStdString(), expected.toStdString());
+        const QString expected =
+            c.after ? mark(parse(c.after).text, parse(c.after).selection) : QStringLiteral("(no edit)");
+        EXPECT_EQ(applied(before, c.command(before.text, before.selection)).toStdString(),
+                  expected.toStdString());
     }
 }
 
@@ -53,8 +55,7 @@ Command shift(ZDEditorSettings settings, bool toLeft)
     };
 }
 
-template<typename Function>
-Command with(Function function, ZDEditorSettings settings)
+template <typename Function> Command with(Function function, ZDEditorSettings settings)
 {
     return [=](const QString &text, ZDTextRange selection) { return function(text, selection, settings); };
 }
@@ -84,7 +85,8 @@ TEST(ShiftLines, SnapsToTheTabGridInBothModes)
         {"tabs: one tab left", shift(tabs(), true), "\tx«»", "x«»"},
         {"tab size 2", shift(spaces(2), false), "   x«»", "    x«»"},
         {"all selected lines", shift(spaces(), false), "«a\n    b\nc»", "    «a\n        b\n    c»"},
-        {"a selection ending at a line start leaves that line", shift(spaces(), false), "«a\n»b", "    «a\n»b"},
+        {"a selection ending at a line start leaves that line", shift(spaces(), false), "«a\n»b",
+         "    «a\n»b"},
         {"only changed lines move", shift(spaces(), true), "«a\n    b»", "«a\nb»"},
     });
 }
@@ -107,7 +109,8 @@ TEST(Newline, CarriesIndentationAndOpensBracketPairs)
     ZDEditorSettings manual = spaces();
     manual.automaticallyIndentOnReturn = false;
     runCases({
-        {"between braces, indented by two", with(insertNewline, spaces()), "  if {«»}", "  if {\n      «»\n  }"},
+        {"between braces, indented by two", with(insertNewline, spaces()), "  if {«»}",
+         "  if {\n      «»\n  }"},
         {"between parentheses, tabs", with(insertNewline, tabs()), "\tf(«»)", "\tf(\n\t\t«»\n\t)"},
         {"between square brackets", with(insertNewline, spaces()), "[«»]", "[\n    «»\n]"},
         {"keeps the indentation", with(insertNewline, spaces()), "    abc«»", "    abc\n    «»"},
@@ -133,7 +136,8 @@ TEST(Typing, PairsBracketsAndStepsOverClosers)
         {"pairing off", typing("{", off), "«»", nullptr},
     });
     const Marked quoted = parse("«»\"");
-    EXPECT_FALSE(insertTypedText(quoted.text, quoted.selection, QStringLiteral("\""), spaces())->changesText());
+    EXPECT_FALSE(
+        insertTypedText(quoted.text, quoted.selection, QStringLiteral("\""), spaces())->changesText());
 }
 
 TEST(Backspace, RemovesIndentationLevelsAndEmptyPairs)
@@ -173,7 +177,8 @@ TEST(WholeText, ConvertsStripsAndDuplicates)
         return [=](const QString &t, ZDTextRange r) { return convertIndentationToSpaces(t, r, s); };
     };
     runCases({
-        {"to tabs: 6 spaces give a tab and 2", toTabs(spaces()), "      x\n  y\n        z«»", "\t  x\n  y\n\t\tz«»"},
+        {"to tabs: 6 spaces give a tab and 2", toTabs(spaces()), "      x\n  y\n        z«»",
+         "\t  x\n  y\n\t\tz«»"},
         {"to tabs: counted from the left", toTabs(spaces()), "  \t    x«»", "  \t\tx«»"},
         {"to tabs: nothing to do", toTabs(spaces()), "\tx «»    y", nullptr},
         {"to spaces: each tab is a full step", toSpaces(spaces()), "\tx\n \ty«»", "    x\n     y«»"},
@@ -193,6 +198,7 @@ TEST(ActionNames, NameTheUndoSteps)
     EXPECT_EQ(deleteBackward(QStringLiteral("    "), {4, 0}, spaces())->actionName, QStringLiteral("Typing"));
     EXPECT_EQ(convertIndentationToTabs(QStringLiteral("    x"), {}, spaces())->actionName,
               QStringLiteral("Convert Indentation to Tabs"));
-    EXPECT_EQ(stripTrailingWhitespace(QStringLiteral("x "), {})->actionName, QStringLiteral("Strip Trailing Whitespace"));
+    EXPECT_EQ(stripTrailingWhitespace(QStringLiteral("x "), {})->actionName,
+              QStringLiteral("Strip Trailing Whitespace"));
     EXPECT_EQ(duplicateSelectedLines(QStringLiteral("x"), {})->actionName, QStringLiteral("Duplicate"));
 }
