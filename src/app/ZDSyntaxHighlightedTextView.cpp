@@ -145,10 +145,19 @@ ZDEditorSettings ZDSyntaxHighlightedTextView::currentSettings() const
 void ZDSyntaxHighlightedTextView::reloadDisplaySettings()
 {
     const ZDEditorSettings settings = currentSettings();
+    if (m_defaults) {
+        const ZDFontDescriptor descriptor = m_defaults->editorFont();
+        QFont editorFont(descriptor.family);
+        editorFont.setStyleHint(QFont::Monospace);
+        editorFont.setPointSizeF(descriptor.pointSize > 0 ? descriptor.pointSize : 12.0);
+        if (editorFont != font())
+            setFont(editorFont);
+    }
     setLineWrapMode(settings.useSoftWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));
     m_showInvisibles = settings.showInvisibles;
+    updateGutterWidth();
     viewport()->update();
 }
 
@@ -234,6 +243,7 @@ void ZDSyntaxHighlightedTextView::documentContentsChanged(int position, int remo
     if (document()->revision() == m_lastRevision)
         return;
     m_lastRevision = document()->revision();
+    notifyUndoActionNames();
     const int originalLength = m_lastLength;
     m_lastLength = length;
     // An edit of ours arrives as one change over its whole block; applyEdit moves the rules
@@ -305,6 +315,15 @@ void ZDSyntaxHighlightedTextView::recordUndoStep()
     const int commands = document()->availableUndoSteps();
     m_undoSteps.removeIf([&](const UndoStep &step) { return step.commandCount >= commands; });
     m_undoSteps.append({commands, m_pendingActionName.isEmpty() ? DefaultActionName : m_pendingActionName});
+    notifyUndoActionNames();
+}
+
+void ZDSyntaxHighlightedTextView::notifyUndoActionNames()
+{
+    const QStringList names{undoActionName(), redoActionName()};
+    if (names == m_announcedUndoNames)
+        return;
+    m_announcedUndoNames = names;
     Q_EMIT undoActionNamesChanged();
 }
 

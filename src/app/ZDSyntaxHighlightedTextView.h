@@ -95,7 +95,7 @@ public Q_SLOTS:
     void insertMarkdownTable(int rows, int columns);
     /// Shows the opening bracket that matches the closing one at `index` for a moment.
     void showMatchingBracketForClosingBracketAt(int index);
-    /// Re-reads the display settings (soft wrap, invisibles).
+    /// Re-reads the display settings (font, tab width, soft wrap, invisibles).
     void reloadDisplaySettings();
 
 Q_SIGNALS:
@@ -125,6 +125,7 @@ private:
     void documentContentsChanged(int position, int removed, int added);
     void shiftRules(int position, int removed, int added);
     void recordUndoStep();
+    void notifyUndoActionNames();
     void updateExtraSelections();
     void updateGutterWidth();
     void paintGutter(QPaintEvent *event);
@@ -148,6 +149,7 @@ private:
         QString name;
     };
     QList<UndoStep> m_undoSteps;
+    QStringList m_announcedUndoNames;
     QString m_pendingActionName;
     bool m_applyingEdit = false;
     int m_lastRevision = 0;

@@ -242,6 +242,11 @@ private Q_SLOTS:
         QCOMPARE(m_view->toPlainText(), original);
         QVERIFY(!m_view->document()->isUndoAvailable());
         QCOMPARE(m_view->redoActionName(), QStringLiteral("Shift Right"));
+        QSignalSpy announced(m_view.get(), &ZDSyntaxHighlightedTextView::undoActionNamesChanged);
+        m_view->redo();
+        QCOMPARE(announced.count(), 1);
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Shift Right"));
+        QCOMPARE(m_view->redoActionName(), QStringLiteral("Duplicate"));
     }
 
     void settingsAreReadAtEachCommand()
