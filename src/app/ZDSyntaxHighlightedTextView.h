@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QList>
 #include <QPlainTextEdit>
+#include <QPointer>
 
 #include <functional>
 
@@ -133,7 +134,7 @@ private:
     void paintCaret(QPainter &painter);
     QColor colorForTokenClass(const QString &tokenClass) const;
 
-    ZDUserDefaults *m_defaults = nullptr;
+    QPointer<ZDUserDefaults> m_defaults;
     ZDEditorColors m_colors;
     int m_textViewRole = 0;
     QString m_currentLexer;
