@@ -9,5 +9,7 @@ ZDEditorSettings ZDEditorSettings::fromDefaults(const ZDUserDefaults &defaults)
     settings.indentWithTabs = defaults.indentMethod() == QLatin1String("Tabs");
     settings.automaticallyIndentOnReturn = defaults.automaticallyIndentOnReturn();
     settings.automaticallyCloseBrackets = defaults.automaticallyCloseBrackets();
+    settings.showInvisibles = defaults.showInvisibles();
+    settings.useSoftWrap = defaults.useSoftWrap();
     return settings;
 }

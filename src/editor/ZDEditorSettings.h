@@ -9,6 +9,8 @@ struct ZDEditorSettings
     bool indentWithTabs = false; ///< "Preferences IndentMethod" is "Tabs"
     bool automaticallyIndentOnReturn = true;
     bool automaticallyCloseBrackets = true;
+    bool showInvisibles = false;       ///< draw tabs, spaces and line ends
+    bool useSoftWrap = true;           ///< wrap long lines at the view's width
 
     static ZDEditorSettings fromDefaults(const ZDUserDefaults &defaults);
 };

@@ -1,0 +1,379 @@
+// The code editor widget: keys and commands edit the text as one named undo step each.
+#include "ZDMarkdownCommands.h"
+#include "ZDMarkdownInsertSheet.h"
+#include "ZDSyntaxHighlightedTextView.h"
+#include "ZDUserDefaults.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
+
+#include <functional>
+
+using Command = std::function<void(ZDSyntaxHighlightedTextView &)>;
+Q_DECLARE_METATYPE(Command)
+
+namespace {
+
+// "«" and "»" mark the selection in the texts of the tables below.
+void setMarkedText(ZDSyntaxHighlightedTextView &view, const QString &marked)
+{
+    QString text = marked;
+    const int start = text.indexOf(QChar(0x00AB));
+    text.remove(start, 1);
+    const int end = text.indexOf(QChar(0x00BB));
+    text.remove(end, 1);
+    view.setPlainText(text);
+    view.setSelectedRange({start, end - start});
+}
+
+QString markedText(const ZDSyntaxHighlightedTextView &view)
+{
+    QString text = view.toPlainText();
+    const ZDTextRange range = view.selectedRange();
+    text.insert(range.end(), QChar(0x00BB));
+    text.insert(range.location, QChar(0x00AB));
+    return text;
+}
+
+// Keys: "\t" Tab, "\x19" Shift+Tab, "\n" Return, "\b" Backspace, anything else is typed.
+void press(QWidget &view, const QString &keys)
+{
+    for (QChar c : keys) {
+        if (c == QLatin1Char('\t'))
+            QTest::keyClick(&view, Qt::Key_Tab);
+        else if (c == QChar(0x19))
+            QTest::keyClick(&view, Qt::Key_Backtab, Qt::ShiftModifier);
+        else if (c == QLatin1Char('\n'))
+            QTest::keyClick(&view, Qt::Key_Return);
+        else if (c == QLatin1Char('\b'))
+            QTest::keyClick(&view, Qt::Key_Backspace);
+        else
+            QTest::keyClicks(&view, QString(c));
+    }
+}
+
+} // namespace
+
+class TestSyntaxHighlightedTextView : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<ZDUserDefaults> m_defaults;
+    std::unique_ptr<ZDSyntaxHighlightedTextView> m_view;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_defaults = std::make_unique<ZDUserDefaults>(m_dir.filePath(QStringLiteral("prefs.ini")));
+        m_defaults->setIndentMethod(QStringLiteral("Spaces"));
+        m_defaults->setTabSize(4);
+        m_view = std::make_unique<ZDSyntaxHighlightedTextView>();
+        m_view->setUserDefaults(m_defaults.get());
+        m_view->resize(400, 300);
+    }
+
+    void cleanup()
+    {
+        m_view.reset();
+        m_defaults.reset();
+    }
+
+    void keys_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<QString>("undoName");
+        QTest::newRow("smart tab at column 6") << "abcdef«»"
+                                               << "\t"
+                                               << "abcdef  «»"
+                                               << "Typing";
+        QTest::newRow("tab over lines shifts") << "«a\nb»"
+                                               << "\t"
+                                               << "    «a\n    b»"
+                                               << "Shift Right";
+        QTest::newRow("back-tab over lines") << "«    a\n      b»"
+                                             << "\x19"
+                                             << "«a\n    b»"
+                                             << "Shift Left";
+        QTest::newRow("return between braces") << "  if {«»}"
+                                               << "\n"
+                                               << "  if {\n      «»\n  }"
+                                               << "Typing";
+        QTest::newRow("brace pair") << "x«»"
+                                    << "{"
+                                    << "x{«»}"
+                                    << "Typing";
+        QTest::newRow("backspace over indentation") << "        «»x"
+                                                    << "\b"
+                                                    << "    «»x"
+                                                    << "Typing";
+        QTest::newRow("backspace over a pair") << "f(«»)"
+                                               << "\b"
+                                               << "f«»"
+                                               << "Typing";
+        QTest::newRow("plain typing") << "a«»"
+                                      << "bc"
+                                      << "abc«»"
+                                      << "Typing";
+    }
+
+    void keys()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, keys);
+        QFETCH(QString, after);
+        QFETCH(QString, undoName);
+        setMarkedText(*m_view, before);
+        press(*m_view, keys);
+        QCOMPARE(markedText(*m_view), after);
+        QCOMPARE(m_view->undoActionName(), undoName);
+        m_view->undo();
+        QCOMPARE(m_view->toPlainText(), QString(before).remove(QChar(0x00AB)).remove(QChar(0x00BB)));
+        QVERIFY(!m_view->document()->isUndoAvailable());
+        QCOMPARE(m_view->redoActionName(), undoName);
+    }
+
+    void typingAfterACommandIsAStepOfItsOwn()
+    {
+        setMarkedText(*m_view, QStringLiteral("«»"));
+        m_view->insertMarkdownLink(QStringLiteral("u"), QStringLiteral("t"), QString(), QString(), false);
+        press(*m_view, QStringLiteral("x"));
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("[t](u)x"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Typing"));
+        m_view->undo();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("[t](u)"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Insert Link"));
+    }
+
+    void quoteOverTypingMakesNoUndoStep()
+    {
+        setMarkedText(*m_view, QStringLiteral("say \"«»\""));
+        press(*m_view, QStringLiteral("\""));
+        QCOMPARE(markedText(*m_view), QStringLiteral("say \"\"«»"));
+        QVERIFY(!m_view->document()->isUndoAvailable());
+    }
+
+    void commands_data()
+    {
+        using namespace ZDMarkdownCommands;
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<Command>("command");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<QString>("undoName");
+        const auto markdown = [](int tag) {
+            return Command([tag](ZDSyntaxHighlightedTextView &v) {
+                v.performMarkdownFormatAction(tag, QStringLiteral("js"));
+            });
+        };
+        QTest::newRow("to tabs") << "      x«»"
+                                 << Command(&ZDSyntaxHighlightedTextView::convertIndentationToTabs)
+                                 << "\t  x«»"
+                                 << "Convert Indentation to Tabs";
+        QTest::newRow("strip") << "a \nb\t«»"
+                               << Command(&ZDSyntaxHighlightedTextView::stripTrailingWhitespace) << "a\nb«»"
+                               << "Strip Trailing Whitespace";
+        QTest::newRow("duplicate") << "a«»\nb"
+                                   << Command(&ZDSyntaxHighlightedTextView::duplicateSelectedLines)
+                                   << "a«»\na\nb"
+                                   << "Duplicate";
+        QTest::newRow("strong") << "a «b» c" << markdown(StrongTag) << "a **«b»** c"
+                                << "Strong";
+        QTest::newRow("heading") << "# T«»" << markdown(Heading1Tag + 1) << "## T«»"
+                                 << "Heading 2";
+        QTest::newRow("code block") << "«»" << markdown(CodeBlockTag) << "\n```js\n«»\n```\n"
+                                    << "Insert Code Block";
+        QTest::newRow("reference link")
+            << "a «b» c\nd"
+            << Command([](ZDSyntaxHighlightedTextView &v) { v.insertMarkdownLink("u", "b", "", "1", true); })
+            << "a [b][1]«» c\nd\n[1]: u"
+            << "Insert Link";
+        QTest::newRow("table") << "«»"
+                               << Command([](ZDSyntaxHighlightedTextView &v) { v.insertMarkdownTable(1, 1); })
+                               << "\n|«»    |\n|----|\n"
+                               << "Insert Table";
+    }
+
+    void commands()
+    {
+        QFETCH(QString, before);
+        QFETCH(Command, command);
+        QFETCH(QString, after);
+        QFETCH(QString, undoName);
+        setMarkedText(*m_view, before);
+        command(*m_view);
+        QCOMPARE(markedText(*m_view), after);
+        QCOMPARE(m_view->undoActionName(), undoName);
+        m_view->undo();
+        QCOMPARE(m_view->toPlainText(), QString(before).remove(QChar(0x00AB)).remove(QChar(0x00BB)));
+        QVERIFY(!m_view->document()->isUndoAvailable());
+    }
+
+    void eachCommandIsItsOwnUndoStep()
+    {
+        const QString original = QStringLiteral("a\n  b");
+        setMarkedText(*m_view, QStringLiteral("«a\n  b»"));
+        m_view->shiftRight();
+        m_view->duplicateSelectedLines();
+        m_view->performMarkdownFormatAction(ZDMarkdownCommands::UnorderedListTag);
+        const QStringList texts{QStringLiteral("-     a\n-     b\n    a\n    b"),
+                                QStringLiteral("    a\n    b\n    a\n    b"), QStringLiteral("    a\n    b"),
+                                original};
+        const QStringList names{QStringLiteral("Unordered List"), QStringLiteral("Duplicate"),
+                                QStringLiteral("Shift Right")};
+        for (int step = 0; step < names.size(); ++step) {
+            QCOMPARE(m_view->toPlainText(), texts.at(step));
+            QCOMPARE(m_view->undoActionName(), names.at(step));
+            m_view->undo();
+        }
+        QCOMPARE(m_view->toPlainText(), original);
+        QVERIFY(!m_view->document()->isUndoAvailable());
+        QCOMPARE(m_view->redoActionName(), QStringLiteral("Shift Right"));
+        QSignalSpy announced(m_view.get(), &ZDSyntaxHighlightedTextView::undoActionNamesChanged);
+        m_view->redo();
+        QCOMPARE(announced.count(), 1);
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Shift Right"));
+        QCOMPARE(m_view->redoActionName(), QStringLiteral("Duplicate"));
+    }
+
+    void settingsAreReadAtEachCommand()
+    {
+        setMarkedText(*m_view, QStringLiteral("«»"));
+        m_defaults->setTabSize(2);
+        m_view->insertTab();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("  "));
+        m_defaults->setIndentMethod(QStringLiteral("Tabs"));
+        m_view->insertTab();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("  \t"));
+        m_defaults->setAutomaticallyCloseBrackets(false);
+        press(*m_view, QStringLiteral("("));
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("  \t("));
+    }
+
+    void shiftIsDisabledInRoleOne()
+    {
+        setMarkedText(*m_view, QStringLiteral("«a»"));
+        m_view->setTextViewRole(ZDSyntaxHighlightedTextView::ShiftDisabledRole);
+        m_view->shiftRight();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a"));
+    }
+
+    void textDidChangeReportsEditsOnly()
+    {
+        setMarkedText(*m_view, QStringLiteral("ab\n  «c»\nd"));
+        QSignalSpy spy(m_view.get(), &ZDSyntaxHighlightedTextView::textDidChange);
+        m_view->setHighlightRules({{0, 2, QStringLiteral("Token.Keyword")}});
+        QCOMPARE(spy.count(), 0);
+
+        m_view->shiftRight(); // 2 spaces become 4 at index 3
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.takeFirst(), (QVariantList{3, 2, 8, 4}));
+
+        press(*m_view, QStringLiteral("x")); // replaces the selected "c" with one character
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.takeFirst(), (QVariantList{7, 1, 10, 1}));
+    }
+
+    void highlightRulesColourTextAndFollowEdits()
+    {
+        const QColor keyword(0xB8, 0x33, 0xA1);
+        m_view->setTokenColorProvider([&](const QString &type) {
+            return type.startsWith(QLatin1String("Token.Keyword")) ? keyword : QColor();
+        });
+        setMarkedText(*m_view, QStringLiteral("«»int x"));
+        m_view->setHighlightRules({{0, 3, QStringLiteral("Token.Keyword")}});
+        press(*m_view, QStringLiteral("  "));
+        QCOMPARE(m_view->highlightRules().size(), 1);
+        QCOMPARE(m_view->highlightRules().constFirst().begin, 2);
+
+        const QList<QTextLayout::FormatRange> formats = m_view->document()->firstBlock().layout()->formats();
+        QVERIFY(std::any_of(formats.cbegin(), formats.cend(), [&](const QTextLayout::FormatRange &range) {
+            return range.start == 2 && range.length == 3 && range.format.foreground().color() == keyword;
+        }));
+        m_view->setSelectedRange({7, 0});
+        m_view->insertTab(); // a command in the same line keeps the rules before it
+        QCOMPARE(m_view->highlightRules().size(), 1);
+        QCOMPARE(m_view->highlightRules().constFirst().length, 3);
+
+        m_view->selectAll();
+        QVERIFY(
+            m_view->selectionAsHtml().contains(QStringLiteral("<span style=\"color:#b833a1;\">int</span>")));
+    }
+
+    void copyCarriesTheThemeBackground()
+    {
+        ZDEditorColors colors;
+        colors.background = QColor(0x12, 0x34, 0x56);
+        m_view->setColors(colors);
+        setMarkedText(*m_view, QStringLiteral("a «<b> &»c"));
+        m_view->copy();
+        const QMimeData *mime = QApplication::clipboard()->mimeData();
+        QVERIFY(mime);
+        QCOMPARE(mime->text(), QStringLiteral("<b> &"));
+        QVERIFY(mime->html().contains(QStringLiteral("<body style=\"background-color:#123456;\">")));
+        QVERIFY(mime->html().contains(QStringLiteral("&lt;b&gt; &amp;")));
+    }
+
+    void insertSheetsCollectTheirDataFirst()
+    {
+        setMarkedText(*m_view, QStringLiteral("a «b» c\n[1]: old"));
+        m_view->performMarkdownFormatAction(ZDMarkdownCommands::InsertLinkTag);
+        auto *sheet = m_view->findChild<ZDMarkdownInsertSheet *>();
+        QVERIFY(sheet);
+        QCOMPARE(sheet->textField()->text(), QStringLiteral("b"));
+        QCOMPARE(sheet->identifierField()->text(), QStringLiteral("2"));
+        QPushButton *ok = sheet->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+        QVERIFY(!ok->isEnabled()); // no URL yet
+        sheet->urlField()->setText(QStringLiteral("http://x"));
+        sheet->referenceStyleBox()->setChecked(true);
+        QVERIFY(ok->isEnabled());
+        sheet->accept();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a [b][2] c\n[1]: old\n[2]: http://x"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Insert Link"));
+
+        QVERIFY(QTest::qWaitFor([&] { return !m_view->findChild<ZDMarkdownInsertSheet *>(); }));
+        m_view->performMarkdownFormatAction(ZDMarkdownCommands::InsertTableTag);
+        sheet = m_view->findChild<ZDMarkdownInsertSheet *>();
+        QVERIFY(sheet);
+        sheet->columnsBox()->setValue(0);
+        sheet->accept(); // a table without columns inserts nothing
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a [b][2] c\n[1]: old\n[2]: http://x"));
+    }
+
+    void displayPreferencesApplyAtOnce()
+    {
+        m_defaults->setUseSoftWrap(true);
+        QCOMPARE(m_view->lineWrapMode(), QPlainTextEdit::WidgetWidth);
+        m_defaults->setUseSoftWrap(false);
+        QCOMPARE(m_view->lineWrapMode(), QPlainTextEdit::NoWrap);
+    }
+
+    void shortcutsRunTheCommands()
+    {
+        m_view->show();
+        m_view->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_view.get()));
+        setMarkedText(*m_view, QStringLiteral("a «b» c"));
+        QTest::keyClick(m_view.get(), Qt::Key_B, Qt::ControlModifier);
+        QCOMPARE(markedText(*m_view), QStringLiteral("a **«b»** c"));
+        QTest::keyClick(m_view.get(), Qt::Key_D, Qt::ControlModifier);
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("a **b** c\na **b** c"));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Duplicate"));
+    }
+};
+
+QTEST_MAIN(TestSyntaxHighlightedTextView)
+#include "test_syntax_highlighted_text_view.moc"
