@@ -25,11 +25,17 @@ public:
     ZDLibraryListener &operator=(const ZDLibraryListener &) = delete;
 
     virtual void categorySelectionDidChange(QObject *sender, const ZDCategoryNodePtr &category,
-                                            const QString &designatedSnippetUUID, const QString &fragmentUUID) {}
+                                            const QString &designatedSnippetUUID, const QString &fragmentUUID)
+    {
+    }
     virtual void snippetSelectionDidChange(QObject *sender, const ZDSnippetList &snippets,
-                                           const QString &designatedFragmentUUID) {}
-    virtual void folderDidAdd(QObject *sender, const ZDCategoryNodePtr &folder, const ZDCategoryNodePtr &parentNode,
-                              int index) {}
+                                           const QString &designatedFragmentUUID)
+    {
+    }
+    virtual void folderDidAdd(QObject *sender, const ZDCategoryNodePtr &folder,
+                              const ZDCategoryNodePtr &parentNode, int index)
+    {
+    }
     virtual void folderDidRename(QObject *sender, const ZDCategoryNodePtr &folder) {}
     virtual void foldersDidRemove(QObject *sender, const QList<ZDCategoryNodePtr> &folders) {}
     virtual void foldersDidReorder(QObject *sender, const QList<ZDCategoryNodePtr> &folders) {}

@@ -37,9 +37,8 @@ void ZDMulticastDelegateHandler::addDelegate(ZDLibraryListener *listener)
     std::unique_lock lock(m_tableLock);
     // Entries of listeners that went away are dropped on the way.
     std::erase_if(m_listeners, [](const auto &entry) { return entry.expired(); });
-    const bool present = std::any_of(m_listeners.begin(), m_listeners.end(), [&](const auto &entry) {
-        return entry.lock() == listener->m_anchor;
-    });
+    const bool present = std::any_of(m_listeners.begin(), m_listeners.end(),
+                                     [&](const auto &entry) { return entry.lock() == listener->m_anchor; });
     if (!present)
         m_listeners.push_back(listener->m_anchor);
 }
@@ -68,10 +67,12 @@ int ZDMulticastDelegateHandler::delegateCount() const
                              [](const auto &entry) { return !entry.expired(); }));
 }
 
-void ZDMulticastDelegateHandler::post(QObject *sender, std::function<void(ZDLibraryListener &, QObject *)> call)
+void ZDMulticastDelegateHandler::post(QObject *sender,
+                                      std::function<void(ZDLibraryListener &, QObject *)> call)
 {
     QPointer<QObject> trackedSender(sender);
-    auto shared = std::make_shared<const std::function<void(ZDLibraryListener &, QObject *)>>(std::move(call));
+    auto shared =
+        std::make_shared<const std::function<void(ZDLibraryListener &, QObject *)>>(std::move(call));
     m_pool.start([this, trackedSender, shared] {
         QThread::currentThread()->setObjectName(queueLabel);
         std::vector<std::weak_ptr<ZDLibraryListener::Anchor>> listeners;
@@ -106,13 +107,17 @@ void ZDMulticastDelegateHandler::noteCategorySelectionChanged(const ZDCategoryNo
 }
 
 void ZDMulticastDelegateHandler::noteSnippetSelectionChanged(const ZDSnippetList &snippets,
-                                                             const QString &designatedFragmentUUID, QObject *sender)
+                                                             const QString &designatedFragmentUUID,
+                                                             QObject *sender)
 {
-    post(sender, [=](ZDLibraryListener &l, QObject *s) { l.snippetSelectionDidChange(s, snippets, designatedFragmentUUID); });
+    post(sender, [=](ZDLibraryListener &l, QObject *s) {
+        l.snippetSelectionDidChange(s, snippets, designatedFragmentUUID);
+    });
 }
 
-void ZDMulticastDelegateHandler::noteFolderAdded(const ZDCategoryNodePtr &folder, const ZDCategoryNodePtr &parentNode,
-                                                 int index, QObject *sender)
+void ZDMulticastDelegateHandler::noteFolderAdded(const ZDCategoryNodePtr &folder,
+                                                 const ZDCategoryNodePtr &parentNode, int index,
+                                                 QObject *sender)
 {
     post(sender, [=](ZDLibraryListener &l, QObject *s) { l.folderDidAdd(s, folder, parentNode, index); });
 }
@@ -127,7 +132,8 @@ void ZDMulticastDelegateHandler::noteFoldersRemoved(const QList<ZDCategoryNodePt
     post(sender, [=](ZDLibraryListener &l, QObject *s) { l.foldersDidRemove(s, folders); });
 }
 
-void ZDMulticastDelegateHandler::noteFoldersReordered(const QList<ZDCategoryNodePtr> &folders, QObject *sender)
+void ZDMulticastDelegateHandler::noteFoldersReordered(const QList<ZDCategoryNodePtr> &folders,
+                                                      QObject *sender)
 {
     post(sender, [=](ZDLibraryListener &l, QObject *s) { l.foldersDidReorder(s, folders); });
 }

@@ -18,7 +18,8 @@ ZDPackageLock::ZDPackageLock(const QString &packagePath, Mode mode, Wait wait)
     }
     const int fd = ::open(QFile::encodeName(packagePath).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) {
-        m_error = QStringLiteral("Cannot open %1: %2").arg(packagePath, QString::fromLocal8Bit(std::strerror(errno)));
+        m_error = QStringLiteral("Cannot open %1: %2")
+                      .arg(packagePath, QString::fromLocal8Bit(std::strerror(errno)));
         return;
     }
     int operation = mode == Mode::Exclusive ? LOCK_EX : LOCK_SH;
@@ -31,7 +32,8 @@ ZDPackageLock::ZDPackageLock(const QString &packagePath, Mode mode, Wait wait)
     if (result != 0) {
         m_busy = errno == EWOULDBLOCK;
         if (!m_busy)
-            m_error = QStringLiteral("Cannot lock %1: %2").arg(packagePath, QString::fromLocal8Bit(std::strerror(errno)));
+            m_error = QStringLiteral("Cannot lock %1: %2")
+                          .arg(packagePath, QString::fromLocal8Bit(std::strerror(errno)));
         ::close(fd);
         return;
     }

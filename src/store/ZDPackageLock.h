@@ -9,8 +9,16 @@
 class ZDPackageLock
 {
 public:
-    enum class Mode { Exclusive, Shared };
-    enum class Wait { Block, DontBlock };
+    enum class Mode
+    {
+        Exclusive,
+        Shared
+    };
+    enum class Wait
+    {
+        Block,
+        DontBlock
+    };
 
     /// Locks `packagePath`. An exclusive lock makes the directory when it does not exist yet.
     ZDPackageLock(const QString &packagePath, Mode mode = Mode::Exclusive, Wait wait = Wait::Block);

@@ -56,14 +56,15 @@ bool ZDPackageStorage::readPackage(const QString &packagePath, ZDPackageTree *tr
     }
 
     QString version;
-    if (ZDPackageFormat::decodeVersion(result.fileContents(ZDPackageLayout::versionFile), &version)
-        && ZDDatabaseVersion::isNewerThanCurrent(version) && !*warned) {
+    if (ZDPackageFormat::decodeVersion(result.fileContents(ZDPackageLayout::versionFile), &version) &&
+        ZDDatabaseVersion::isNewerThanCurrent(version) && !*warned) {
         *warned = true;
-        const bool goOn = responder
-                          && responder->continueWithNewerLibrary(version, ZDResources::applicationVersion());
+        const bool goOn =
+            responder && responder->continueWithNewerLibrary(version, ZDResources::applicationVersion());
         if (!goOn) {
             logProgress();
-            return ZDError::fail(error, ZDStoreErrors::createdByNewerVersion(QFileInfo(packagePath).fileName(), version));
+            return ZDError::fail(
+                error, ZDStoreErrors::createdByNewerVersion(QFileInfo(packagePath).fileName(), version));
         }
     }
 
@@ -77,8 +78,9 @@ bool ZDPackageStorage::readPackage(const QString &packagePath, ZDPackageTree *tr
     return true;
 }
 
-bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packagePath, ZDWriteStampRegister &stamps,
-                                    const ZDReconcile &reconcile, ZDError *error)
+bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packagePath,
+                                    ZDWriteStampRegister &stamps, const ZDReconcile &reconcile,
+                                    ZDError *error)
 {
     if (!tree)
         return ZDError::fail(error, ZDStoreErrors::nothingToSave());
@@ -117,8 +119,10 @@ bool ZDPackageStorage::validatePackage(const QString &packagePath, bool integrit
     const QFileInfo info(packagePath);
     const QString name = info.fileName();
     if (!info.exists() || !info.isReadable())
-        return ZDError::fail(error, ZDStoreErrors::cannotAccessLibraryData(
-                                        packagePath, ZDError(0, QString(), {}, QStringLiteral("No such file or not readable"))));
+        return ZDError::fail(
+            error,
+            ZDStoreErrors::cannotAccessLibraryData(
+                packagePath, ZDError(0, QString(), {}, QStringLiteral("No such file or not readable"))));
     if (!info.isDir())
         return ZDError::fail(error, ZDStoreErrors::notALibrary(name));
     ZDPackageTree tree;
@@ -129,8 +133,8 @@ bool ZDPackageStorage::validatePackage(const QString &packagePath, bool integrit
     using namespace ZDPackageLayout;
     QString version;
     QVariant dictionary;
-    if (!tree.isFile(versionFile)
-        || !ZDPackageFormat::decodeVersion(tree.fileContents(versionFile), &version, &dictionary))
+    if (!tree.isFile(versionFile) ||
+        !ZDPackageFormat::decodeVersion(tree.fileContents(versionFile), &version, &dictionary))
         return ZDError::fail(error, ZDStoreErrors::invalidVersionInformation(name, version, dictionary));
     if (ZDDatabaseVersion::isNewerThanCurrent(version))
         return ZDError::fail(error, ZDStoreErrors::createdByNewerVersion(name, version));

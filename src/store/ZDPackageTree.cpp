@@ -112,8 +112,8 @@ bool writeFileAtomically(const QString &target, const QByteArray &contents, ZDEr
 
     const QFileInfo info(target);
     // The temporary name does not grow with the target's, so that any name that fits fits.
-    const QString temporary = info.path() + QLatin1Char('/') + kTemporaryPrefix
-                              + QUuid::createUuid().toString(QUuid::Id128).left(16);
+    const QString temporary = info.path() + QLatin1Char('/') + kTemporaryPrefix +
+                              QUuid::createUuid().toString(QUuid::Id128).left(16);
     const QByteArray temporaryName = QFile::encodeName(temporary);
     const int fd = ::open(temporaryName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0)
@@ -132,11 +132,13 @@ bool writeFileAtomically(const QString &target, const QByteArray &contents, ZDEr
     }
     const QString failure = ok ? QString() : osError(QStringLiteral("Cannot write"), temporary);
     ok = ok && ::fsync(fd) == 0;
-    const QString syncFailure = ok || !failure.isEmpty() ? failure : osError(QStringLiteral("Cannot sync"), temporary);
+    const QString syncFailure =
+        ok || !failure.isEmpty() ? failure : osError(QStringLiteral("Cannot sync"), temporary);
     ::close(fd);
     if (ok && ::rename(temporaryName.constData(), QFile::encodeName(target).constData()) == 0)
         return true;
-    const QString reason = syncFailure.isEmpty() ? osError(QStringLiteral("Cannot rename"), temporary) : syncFailure;
+    const QString reason =
+        syncFailure.isEmpty() ? osError(QStringLiteral("Cannot rename"), temporary) : syncFailure;
     ::unlink(temporaryName.constData());
     return ZDError::fail(error, writeError(reason, target));
 }
@@ -149,7 +151,8 @@ bool ensureDirectory(const QString &path, bool *created, ZDError *error)
     if (exists && ::unlink(QFile::encodeName(path).constData()) != 0)
         return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), path), path));
     if (::mkdir(QFile::encodeName(path).constData(), 0777) != 0)
-        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot create directory"), path), path));
+        return ZDError::fail(error,
+                             writeError(osError(QStringLiteral("Cannot create directory"), path), path));
     *created = true;
     return true;
 }
@@ -165,9 +168,9 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
     // Names the tree no longer holds go first; a name that is both removed and present again is
     // replaced in place below, so that it never vanishes from disk in between.
     for (const QString &name : entriesOnDisk(path)) {
-        const bool stale = name.startsWith(kTemporaryPrefix)
-                           || (full ? node.children.count(name) == 0
-                                    : node.removed.contains(name) && node.children.count(name) == 0);
+        const bool stale = name.startsWith(kTemporaryPrefix) ||
+                           (full ? node.children.count(name) == 0
+                                 : node.removed.contains(name) && node.children.count(name) == 0);
         if (!stale)
             continue;
         if (!removeFromDisk(path + QLatin1Char('/') + name))
@@ -186,8 +189,8 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
             const bool childFull = full || child->changed;
             if (childFull && !ensureDirectory(target, &entriesChanged, error))
                 return false;
-            if ((childFull || child->subtreeChanged)
-                && !writeDirectory(*child, target, childFull, false, error))
+            if ((childFull || child->subtreeChanged) &&
+                !writeDirectory(*child, target, childFull, false, error))
                 return false;
         } else if (full || child->changed) {
             if (!writeFileAtomically(target, child->contents, error))
@@ -225,7 +228,8 @@ bool readDirectory(const QString &path, ZDPackageNode &node, ZDError *error)
             QFile file(entry.filePath());
             if (!file.open(QIODevice::ReadOnly))
                 return ZDError::fail(error, ZDError(0, QStringLiteral("Cannot read the library package."), {},
-                                                    file.errorString(), {{QStringLiteral("Path"), entry.filePath()}}));
+                                                    file.errorString(),
+                                                    {{QStringLiteral("Path"), entry.filePath()}}));
             child->contents = file.readAll();
         } else {
             continue;
@@ -278,8 +282,9 @@ bool ZDPackageTree::read(const QString &path, ZDPackageTree *tree, ZDError *erro
 {
     const QFileInfo info(path);
     if (!info.isDir())
-        return ZDError::fail(error, ZDError(0, QStringLiteral("Cannot read the library package."), {},
-                                            QStringLiteral("Not a directory"), {{QStringLiteral("Path"), path}}));
+        return ZDError::fail(error,
+                             ZDError(0, QStringLiteral("Cannot read the library package."), {},
+                                     QStringLiteral("Not a directory"), {{QStringLiteral("Path"), path}}));
     ZDPackageTree result;
     result.m_root->setMarks(false);
     if (!readDirectory(path, *result.m_root, error))
@@ -440,7 +445,8 @@ bool ZDPackageTree::fileManagerLessThan(const QString &a, const QString &b)
         // The "C" locale collates by code point alone; the file manager's order is still
         // case-insensitive and numeric there, as in English.
         const QLocale system;
-        QCollator made(system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates) : system);
+        QCollator made(system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates)
+                                                       : system);
         made.setCaseSensitivity(Qt::CaseInsensitive);
         made.setNumericMode(true);
         made.setIgnorePunctuation(false);

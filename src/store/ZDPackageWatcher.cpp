@@ -31,7 +31,8 @@ void ZDPackageWatcher::watchWhatExists()
         paths = {QFileInfo(m_packagePath).absolutePath()};
     QStringList missing;
     for (const QString &path : paths) {
-        if (QFileInfo::exists(path) && !m_watcher.files().contains(path) && !m_watcher.directories().contains(path))
+        if (QFileInfo::exists(path) && !m_watcher.files().contains(path) &&
+            !m_watcher.directories().contains(path))
             missing << path;
     }
     if (!missing.isEmpty())

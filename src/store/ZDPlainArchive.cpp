@@ -34,7 +34,10 @@ plist_t makeClass(const char *name, const char *base)
 class Encoder
 {
 public:
-    Encoder() : m_objects(plist_new_array()) { plist_array_append_item(m_objects, plist_new_string("$null")); }
+    Encoder() : m_objects(plist_new_array())
+    {
+        plist_array_append_item(m_objects, plist_new_string("$null"));
+    }
 
     uint64_t encode(const QVariant &value)
     {
@@ -152,8 +155,12 @@ private:
             return {};
         uint64_t index = 0;
         plist_get_uid_val(reference, &index);
-        plist_t entry = index < plist_array_get_size(m_objects) ? plist_array_get_item(m_objects, uint32_t(index)) : nullptr;
-        plist_t name = entry && plist_get_node_type(entry) == PLIST_DICT ? plist_dict_get_item(entry, "$classname") : nullptr;
+        plist_t entry = index < plist_array_get_size(m_objects)
+                            ? plist_array_get_item(m_objects, uint32_t(index))
+                            : nullptr;
+        plist_t name = entry && plist_get_node_type(entry) == PLIST_DICT
+                           ? plist_dict_get_item(entry, "$classname")
+                           : nullptr;
         return name && plist_get_node_type(name) == PLIST_STRING ? stringValue(name) : QString();
     }
 
@@ -190,7 +197,8 @@ private:
         if (name == QLatin1String("NSDictionary") || name == QLatin1String("NSMutableDictionary")) {
             const QVariantList keys = decodeReferences(plist_dict_get_item(object, "NS.keys"), depth, &ok);
             bool valuesOk = false;
-            const QVariantList values = decodeReferences(plist_dict_get_item(object, "NS.objects"), depth, &valuesOk);
+            const QVariantList values =
+                decodeReferences(plist_dict_get_item(object, "NS.objects"), depth, &valuesOk);
             if (!ok || !valuesOk || keys.size() != values.size())
                 return {};
             QVariantMap map;
@@ -200,7 +208,8 @@ private:
         }
         if (name == QLatin1String("NSMutableString")) {
             plist_t text = plist_dict_get_item(object, "NS.string");
-            return text && plist_get_node_type(text) == PLIST_STRING ? QVariant(stringValue(text)) : QVariant();
+            return text && plist_get_node_type(text) == PLIST_STRING ? QVariant(stringValue(text))
+                                                                     : QVariant();
         }
         if (name == QLatin1String("NSMutableData")) {
             plist_t data = plist_dict_get_item(object, "NS.data");
@@ -231,7 +240,8 @@ QVariant ZDPlainArchive::unarchive(const QByteArray &bytes)
         return {};
     plist_t objects = plist_dict_get_item(archive.node, "$objects");
     plist_t top = plist_dict_get_item(archive.node, "$top");
-    if (!objects || plist_get_node_type(objects) != PLIST_ARRAY || !top || plist_get_node_type(top) != PLIST_DICT)
+    if (!objects || plist_get_node_type(objects) != PLIST_ARRAY || !top ||
+        plist_get_node_type(top) != PLIST_DICT)
         return {};
     return Decoder(objects).decodeReference(plist_dict_get_item(top, "root"), 0);
 }

@@ -86,8 +86,9 @@ ZDError ZDStoreErrors::cannotAccessLibraryData(const QString &path, const ZDErro
 
 ZDError ZDStoreErrors::notALibrary(const QString &name)
 {
-    ZDError error = invalidPackage(121, QStringLiteral("%1 isn’t a valid Zandrio Library file.").arg(quoted(name)),
-                                   QStringLiteral("The package is not a directory"));
+    ZDError error =
+        invalidPackage(121, QStringLiteral("%1 isn’t a valid Zandrio Library file.").arg(quoted(name)),
+                       QStringLiteral("The package is not a directory"));
     return error.withInformation(QStringLiteral("PackageWrapper"), name);
 }
 
@@ -118,7 +119,8 @@ ZDError ZDStoreErrors::invalidDatabase(const QString &name)
 
 ZDError ZDStoreErrors::invalidFoldersOrShortcuts(const QString &name)
 {
-    return invalidPackage(131, QStringLiteral("%1 doesn’t contain valid folders or shortcuts.").arg(quoted(name)),
+    return invalidPackage(131,
+                          QStringLiteral("%1 doesn’t contain valid folders or shortcuts.").arg(quoted(name)),
                           QStringLiteral("folders.data or shortcuts.data is missing"));
 }
 

@@ -28,7 +28,8 @@ ZDError cannotWriteLocalPackage(const QString &path, const ZDError &underlying);
 /// A mutation refused because the store has no package tree: 134 add snippets, 130 remove
 /// snippets, 139 update snippets, 127 folders, 132 shortcuts, 208 smart groups, 200 tags.
 ZDError mutationWithoutLibrary(int code);
-enum MutationCode {
+enum MutationCode
+{
     AddSnippetsCode = 134,
     RemoveSnippetsCode = 130,
     UpdateSnippetsCode = 139,
@@ -41,11 +42,11 @@ enum MutationCode {
 /// Validation of a package before it is opened or put in place of the current library. `name`
 /// is the package's file name, shown between the locale's quotation marks.
 ZDError cannotAccessLibraryData(const QString &path, const ZDError &underlying); // 119
-ZDError notALibrary(const QString &name);                                         // 121
+ZDError notALibrary(const QString &name);                                        // 121
 ZDError invalidVersionInformation(const QString &name, const QString &version,
                                   const QVariant &versionDictionary);              // 123
 ZDError createdByNewerVersion(const QString &name, const QString &packageVersion); // 126
-ZDError invalidDatabase(const QString &name);                                     // 125
-ZDError invalidFoldersOrShortcuts(const QString &name);                           // 131
-ZDError invalidSnippetsData(const QString &name);                                 // 149
+ZDError invalidDatabase(const QString &name);                                      // 125
+ZDError invalidFoldersOrShortcuts(const QString &name);                            // 131
+ZDError invalidSnippetsData(const QString &name);                                  // 149
 } // namespace ZDStoreErrors

@@ -3,7 +3,8 @@
 #include <QCoreApplication>
 #include <QThread>
 
-ZDWriteScheduler::ZDWriteScheduler(std::function<bool()> write, std::unique_ptr<ZDWriteTimer> timer, QObject *parent)
+ZDWriteScheduler::ZDWriteScheduler(std::function<bool()> write, std::unique_ptr<ZDWriteTimer> timer,
+                                   QObject *parent)
     : QObject(parent), m_write(std::move(write)),
       m_timer(timer ? std::move(timer) : std::make_unique<ZDQtWriteTimer>()),
       m_queue(std::make_unique<ZDSerialQueue>(queueLabel))

@@ -116,9 +116,11 @@ TEST(PackageStorage, ReadAndWriteFailuresCarryTheirCodes)
     EXPECT_EQ(error.code(), 113);
     EXPECT_FALSE(ZDPackageStorage::writePackage(&tree, QString(), stamps, {}, &error));
     EXPECT_EQ(error.code(), 124);
-    EXPECT_FALSE(ZDPackageStorage::writePackage(&tree, plain.fileName() + QStringLiteral("/lib"), stamps, {}, &error));
+    EXPECT_FALSE(
+        ZDPackageStorage::writePackage(&tree, plain.fileName() + QStringLiteral("/lib"), stamps, {}, &error));
     EXPECT_EQ(error.code(), 141);
-    EXPECT_EQ(error.information().value(QStringLiteral("URL")).toString(), plain.fileName() + QStringLiteral("/lib"));
+    EXPECT_EQ(error.information().value(QStringLiteral("URL")).toString(),
+              plain.fileName() + QStringLiteral("/lib"));
 }
 
 TEST(PackageStorage, ForeignStampOnDiskIsReconciledBeforeWriting)
@@ -181,7 +183,8 @@ TEST(PackageStorage, ValidationReportsTheFirstProblemInOrder)
     EXPECT_EQ(codeAfter([&] { QFile::remove(path + QStringLiteral("/Database/shortcuts.data")); }), 131);
     EXPECT_EQ(codeAfter([&] { QDir(path + QStringLiteral("/Database")).removeRecursively(); }), 125);
     EXPECT_EQ(codeAfter([&] {
-                  tree.setFile(ZDPackageLayout::versionFile, ZDPackageFormat::encodeVersion(QStringLiteral("2.0")));
+                  tree.setFile(ZDPackageLayout::versionFile,
+                               ZDPackageFormat::encodeVersion(QStringLiteral("2.0")));
                   tree.write(path);
               }),
               126);

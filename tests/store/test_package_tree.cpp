@@ -139,8 +139,8 @@ TEST(PackageTree, ReadingSkipsLeftoversOfAnInterruptedWriteAndFailsOnNonDirector
     const QString package = dir.filePath(QStringLiteral("lib"));
     ZDPackageTree tree = sampleTree();
     ASSERT_TRUE(tree.write(package));
-    QFile leftover(package + QStringLiteral("/Database/") + ZDPackageTree::temporaryFilePrefix()
-                   + QStringLiteral("tags.data-123"));
+    QFile leftover(package + QStringLiteral("/Database/") + ZDPackageTree::temporaryFilePrefix() +
+                   QStringLiteral("tags.data-123"));
     ASSERT_TRUE(leftover.open(QIODevice::WriteOnly));
     leftover.write("half");
     leftover.close();
@@ -168,8 +168,10 @@ TEST(PackageTree, WriteFailureKeepsTheChangeMarks)
     EXPECT_FALSE(tree.write(package, &error));
     EXPECT_FALSE(error.reason().isEmpty());
     EXPECT_TRUE(tree.hasChanges());
-    EXPECT_TRUE(QDir(package + QStringLiteral("/Database")).entryList(QDir::Hidden | QDir::Files)
-                    .filter(ZDPackageTree::temporaryFilePrefix()).isEmpty());
+    EXPECT_TRUE(QDir(package + QStringLiteral("/Database"))
+                    .entryList(QDir::Hidden | QDir::Files)
+                    .filter(ZDPackageTree::temporaryFilePrefix())
+                    .isEmpty());
 
     tree.remove(unwritable);
     ASSERT_TRUE(tree.write(package));
@@ -190,5 +192,6 @@ TEST(PackageTree, DigestConcatenatesInTheFileManagersNameOrder)
     EXPECT_EQ(tree.md5String(),
               QString::fromLatin1(QCryptographicHash::hash("123564", QCryptographicHash::Md5).toHex()));
     EXPECT_EQ(ZDPackageTree().md5String(), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
-    EXPECT_TRUE(ZDPackageTree::fileManagerLessThan(QStringLiteral("Snippet 9"), QStringLiteral("snippet 10")));
+    EXPECT_TRUE(
+        ZDPackageTree::fileManagerLessThan(QStringLiteral("Snippet 9"), QStringLiteral("snippet 10")));
 }

@@ -92,7 +92,8 @@ TEST(PackageWatcher, WaitsForTheWriterToReleaseTheLock)
     ASSERT_TRUE(ZDPackageTree::read(package.path, &copy));
     copy.setFile(ZDPackageLayout::snippetFilePath(QStringLiteral("HALF")), "half");
     ASSERT_TRUE(copy.write(package.path));
-    copy.setFile(ZDPackageLayout::identifierFile, ZDPackageFormat::encodeWriteStamp(QStringLiteral("THEIRS")));
+    copy.setFile(ZDPackageLayout::identifierFile,
+                 ZDPackageFormat::encodeWriteStamp(QStringLiteral("THEIRS")));
     ASSERT_TRUE(copy.write(package.path));
     settle();
     EXPECT_EQ(spy.count(), 0);

@@ -38,8 +38,9 @@ int main(int argc, char **argv)
             else
                 tree.setFile(path, ZDCrashWriterContent::make(generation, name, random->bounded(65536)));
         }
-        tree.setFile(ZDPackageLayout::tagsFile,
-                     ZDCrashWriterContent::make(generation, QStringLiteral("tags.data"), random->bounded(4096)));
+        tree.setFile(
+            ZDPackageLayout::tagsFile,
+            ZDCrashWriterContent::make(generation, QStringLiteral("tags.data"), random->bounded(4096)));
         if (!ZDPackageStorage::writePackage(&tree, package, stamps, {}, &error)) {
             std::fprintf(stderr, "%s\n", qPrintable(error.toString()));
             return 4;
