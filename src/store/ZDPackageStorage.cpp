@@ -94,18 +94,24 @@ bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packageP
 
     const QString diskStamp = ZDPackageFormat::readWriteStamp(packagePath);
     if (!stamps.isOwn(diskStamp) && !diskStamp.isEmpty() && reconcile) {
+        ZDPackageTree onDisk;
         ZDError reconcileError;
-        if (!reconcile(*tree, diskStamp, &reconcileError))
+        if (!ZDPackageTree::read(packagePath, &onDisk, &reconcileError) ||
+            !reconcile(*tree, std::move(onDisk), diskStamp, &reconcileError))
             return ZDError::fail(error, ZDStoreErrors::cannotWriteLocalPackage(packagePath, reconcileError));
     }
 
     ZDPackageFormat::stampCurrentVersion(*tree);
+    const QString previousStamp = stamps.stamp();
     const QString stamp = ZDPackageFormat::makeWriteStamp();
     stamps.setStamp(stamp);
     tree->setFile(ZDPackageLayout::identifierFile, ZDPackageFormat::encodeWriteStamp(stamp));
     ZDError writeError;
-    if (!tree->write(packagePath, &writeError))
+    if (!tree->write(packagePath, &writeError)) {
+        // "identifier" goes last, so the disk still carries the previous stamp.
+        stamps.setStamp(previousStamp);
         return ZDError::fail(error, ZDStoreErrors::cannotWriteLocalPackage(packagePath, writeError));
+    }
     zdLog(ZDLogLevel::Info, ZDLogDomain::Library,
           QStringLiteral("Successfully write %1 snippets to default local library.")
               .arg(tree->fileCount(ZDPackageLayout::snippetsDirectory)));

@@ -37,14 +37,17 @@ bool readPackage(const QString &packagePath, ZDPackageTree *tree, ZDOutdatedVers
                  bool *warned, QString *stamp = nullptr, ZDError *error = nullptr);
 
 /// Called under the write lock when the stamp on disk is not the register's: another process
-/// wrote the package since this one read or wrote it. The callback brings `tree` up to date
-/// (re-read, re-apply pending edits) and returns false to give up the write.
-using ZDReconcile = std::function<bool(ZDPackageTree &tree, const QString &diskStamp, ZDError *error)>;
+/// wrote the package since this one read or wrote it. `onDisk` is the package as it is now
+/// (read under the lock; do not read the package again from inside the callback, the lock is
+/// held). The callback brings `tree` up to date, typically by taking `onDisk` and applying the
+/// edits not yet written, and returns false to give up the write.
+using ZDReconcile = std::function<bool(ZDPackageTree &tree, ZDPackageTree &&onDisk, const QString &diskStamp,
+                                       ZDError *error)>;
 
 /// Writes `tree` to `packagePath` under the exclusive package lock: restamps "version.plist"
 /// when it is not this build's, puts a fresh "identifier" stamp (recorded in `stamps` before
-/// anything reaches disk), and writes only what changed. Errors: 113 without a tree, 124
-/// without a path, 141 when the write fails.
+/// anything reaches disk, and taken back if the write fails), and writes only what changed.
+/// Errors: 113 without a tree, 124 without a path, 141 when the write fails.
 bool writePackage(ZDPackageTree *tree, const QString &packagePath, ZDWriteStampRegister &stamps,
                   const ZDReconcile &reconcile = {}, ZDError *error = nullptr);
 

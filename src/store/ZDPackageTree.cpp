@@ -302,6 +302,9 @@ bool ZDPackageTree::write(const QString &path, ZDError *error)
     const bool full = m_origin.isEmpty() || canonical != m_origin;
     if (!writeDirectory(*m_root, path, full, true, error))
         return false;
+    // A package written whole may be new in its parent; make its entry there durable too.
+    if (full && !fsyncPath(QFileInfo(path).absolutePath(), true))
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
     m_root->setMarks(false);
     m_origin = canonical;
     return true;

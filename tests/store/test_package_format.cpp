@@ -110,7 +110,8 @@ TEST(PackageFormat, ErrorsQuoteTheNameAndCarryTheUnderlyingText)
     const QString name = QStringLiteral("old.zandriolibrary");
     EXPECT_EQ(ZDStoreErrors::notALibrary(name).description(),
               QLocale().quoteString(name) + QStringLiteral(" isn’t a valid Zandrio Library file."));
-    const ZDError underlying(110, QStringLiteral("Failed to read the library."), QStringLiteral("Try again."));
+    const ZDError underlying(110, QStringLiteral("Failed to read the library."),
+                             QStringLiteral("Try again."));
     const ZDError load = ZDStoreErrors::libraryLoadFailed(underlying);
     EXPECT_EQ(load.code(), 104);
     EXPECT_EQ(load.recoverySuggestion(), QStringLiteral("Failed to read the library. Try again."));

@@ -137,14 +137,12 @@ TEST(PackageStorage, ForeignStampOnDiskIsReconciledBeforeWriting)
 
     mine.setFile(ZDPackageLayout::snippetFilePath(QStringLiteral("MINE")), "mine");
     int calls = 0;
-    const auto reconcile = [&](ZDPackageTree &tree, const QString &diskStamp, ZDError *) {
+    const auto reconcile = [&](ZDPackageTree &tree, ZDPackageTree &&onDisk, const QString &diskStamp,
+                               ZDError *) {
         ++calls;
         EXPECT_EQ(diskStamp, theirs.stamp());
-        ZDPackageTree fresh;
-        if (!ZDPackageTree::read(path, &fresh))
-            return false;
-        fresh.setFile(ZDPackageLayout::snippetFilePath(QStringLiteral("MINE")), "mine");
-        tree = std::move(fresh);
+        onDisk.setFile(ZDPackageLayout::snippetFilePath(QStringLiteral("MINE")), "mine");
+        tree = std::move(onDisk);
         return true;
     };
     ASSERT_TRUE(ZDPackageStorage::writePackage(&mine, path, ours, reconcile));
@@ -160,8 +158,16 @@ TEST(PackageStorage, ForeignStampOnDiskIsReconciledBeforeWriting)
     ZDWriteStampRegister stale;
     ZDError error;
     EXPECT_FALSE(ZDPackageStorage::writePackage(
-        &mine, path, stale, [](ZDPackageTree &, const QString &, ZDError *) { return false; }, &error));
+        &mine, path, stale,
+        [](ZDPackageTree &, ZDPackageTree &&, const QString &, ZDError *) { return false; }, &error));
     EXPECT_EQ(error.code(), 141);
+
+    // A failed write takes its stamp back: the disk still carries the previous one.
+    const QString before = ours.stamp();
+    mine.setFile(QStringLiteral("Database/") + QString(300, QLatin1Char('n')), "too long a name");
+    EXPECT_FALSE(ZDPackageStorage::writePackage(&mine, path, ours, {}, &error));
+    EXPECT_EQ(ours.stamp(), before);
+    EXPECT_EQ(ZDPackageFormat::readWriteStamp(path), before);
 }
 
 TEST(PackageStorage, ValidationReportsTheFirstProblemInOrder)
