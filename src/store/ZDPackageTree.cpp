@@ -102,6 +102,22 @@ bool removeFromDisk(const QString &path)
     return !exists || ::unlink(QFile::encodeName(path).constData()) == 0 || errno == ENOENT;
 }
 
+bool writeAll(int fd, const QByteArray &contents)
+{
+    const char *data = contents.constData();
+    qsizetype left = contents.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, size_t(left));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        data += written;
+        left -= written;
+    }
+    return true;
+}
+
 // Temporary file beside the target, all bytes, fsync, rename over the target: after a crash the
 // target is either its old or its new version.
 bool writeFileAtomically(const QString &target, const QByteArray &contents, ZDError *error)
@@ -119,28 +135,18 @@ bool writeFileAtomically(const QString &target, const QByteArray &contents, ZDEr
     if (fd < 0)
         return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot create"), temporary), target));
 
-    const char *data = contents.constData();
-    qsizetype left = contents.size();
-    bool ok = true;
-    while (ok && left > 0) {
-        const ssize_t written = ::write(fd, data, size_t(left));
-        if (written < 0 && errno == EINTR)
-            continue;
-        ok = written > 0;
-        data += written;
-        left -= written;
-    }
-    const QString failure = ok ? QString() : osError(QStringLiteral("Cannot write"), temporary);
-    ok = ok && ::fsync(fd) == 0;
-    const QString syncFailure =
-        ok || !failure.isEmpty() ? failure : osError(QStringLiteral("Cannot sync"), temporary);
+    QString failure;
+    if (!writeAll(fd, contents))
+        failure = osError(QStringLiteral("Cannot write"), temporary);
+    else if (::fsync(fd) != 0)
+        failure = osError(QStringLiteral("Cannot sync"), temporary);
     ::close(fd);
-    if (ok && ::rename(temporaryName.constData(), QFile::encodeName(target).constData()) == 0)
+    if (failure.isEmpty() && ::rename(temporaryName.constData(), QFile::encodeName(target).constData()) != 0)
+        failure = osError(QStringLiteral("Cannot rename"), temporary);
+    if (failure.isEmpty())
         return true;
-    const QString reason =
-        syncFailure.isEmpty() ? osError(QStringLiteral("Cannot rename"), temporary) : syncFailure;
     ::unlink(temporaryName.constData());
-    return ZDError::fail(error, writeError(reason, target));
+    return ZDError::fail(error, writeError(failure, target));
 }
 
 bool ensureDirectory(const QString &path, bool *created, ZDError *error)

@@ -50,6 +50,8 @@ public:
     /// Blocks until the queue is empty. Not on the queue itself.
     void waitUntilAllOperationsAreFinished();
 
+    /// The queue itself, for suspending and resuming it. Queue work with enqueue() or
+    /// enqueuePackageEdit(): hasPendingChanges() counts only what went through them.
     ZDSerialQueue &queue() { return *m_queue; }
 
 private:
