@@ -89,22 +89,6 @@ TEST(PackageFormat, ArchivesOfNestedPlainValuesRoundTrip)
     EXPECT_TRUE(ZDPackageFormat::decodeDeletionList(QByteArray()).isEmpty());
 }
 
-TEST(PackageFormat, EmptyPackageHoldsTheNewLibraryLayout)
-{
-    const ZDPackageTree tree = ZDPackageFormat::emptyPackage();
-    EXPECT_TRUE(tree.isDirectory(QStringLiteral("Database/Snippets")));
-    EXPECT_TRUE(tree.isDirectory(QStringLiteral("Attachments")));
-    for (const char *name :
-         {"folders.data", "shortcuts.data", "tags.data", "smart groups.data", "deletion.data"}) {
-        EXPECT_TRUE(tree.isFile(QStringLiteral("Database/") + QLatin1String(name))) << name;
-        EXPECT_TRUE(tree.fileContents(QStringLiteral("Database/") + QLatin1String(name)).isEmpty());
-    }
-    EXPECT_FALSE(tree.exists(ZDPackageLayout::identifierFile));
-    EXPECT_FALSE(tree.exists(ZDPackageLayout::deletionListReadPath));
-    QString version;
-    EXPECT_TRUE(ZDPackageFormat::decodeVersion(tree.fileContents(QStringLiteral("version.plist")), &version));
-}
-
 TEST(PackageFormat, ErrorsQuoteTheNameAndCarryTheUnderlyingText)
 {
     const QString name = QStringLiteral("old.zandriolibrary");
