@@ -1,0 +1,471 @@
+#include "ZDPackageTree.h"
+
+#include <QCollator>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocale>
+#include <QSet>
+#include <QUuid>
+
+#include <cerrno>
+#include <cstring>
+#include <map>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// A node is a regular file (bytes) or a directory (named children). `changed` means that a file's
+// bytes are not on disk yet, or that a directory is new there; `subtreeChanged` on a directory
+// means that something below it needs writing; `removed` lists the names to delete on disk.
+struct ZDPackageNode
+{
+    bool directory = false;
+    bool changed = true;
+    bool subtreeChanged = true;
+    QByteArray contents;
+    std::map<QString, std::unique_ptr<ZDPackageNode>> children;
+    QSet<QString> removed;
+
+    std::unique_ptr<ZDPackageNode> clone() const
+    {
+        auto copy = std::make_unique<ZDPackageNode>();
+        copy->directory = directory;
+        copy->changed = changed;
+        copy->subtreeChanged = subtreeChanged;
+        copy->contents = contents;
+        copy->removed = removed;
+        for (const auto &[name, child] : children)
+            copy->children.emplace(name, child->clone());
+        return copy;
+    }
+
+    void setMarks(bool value)
+    {
+        changed = value;
+        subtreeChanged = value;
+        if (!value)
+            removed.clear();
+        for (auto &entry : children)
+            entry.second->setMarks(value);
+    }
+
+    bool hasMarks() const { return changed || subtreeChanged || !removed.isEmpty(); }
+};
+
+namespace {
+
+const QString kIdentifierName = QStringLiteral("identifier");
+const QString kTemporaryPrefix = QStringLiteral(".zdtmp-");
+
+QStringList components(const QString &path)
+{
+    return path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+}
+
+QString osError(const QString &what, const QString &path)
+{
+    return QStringLiteral("%1 %2: %3").arg(what, path, QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+ZDError writeError(const QString &reason, const QString &path)
+{
+    return ZDError(0, QStringLiteral("Cannot write the library package."), {}, reason,
+                   {{QStringLiteral("Path"), path}});
+}
+
+bool fsyncPath(const QString &path, bool directory)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(),
+                          (directory ? O_RDONLY | O_DIRECTORY : O_RDONLY) | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool ok = ::fsync(fd) == 0;
+    ::close(fd);
+    return ok;
+}
+
+bool isDirectoryOnDisk(const QString &path, bool *exists)
+{
+    struct stat info;
+    *exists = ::lstat(QFile::encodeName(path).constData(), &info) == 0;
+    return *exists && S_ISDIR(info.st_mode);
+}
+
+bool removeFromDisk(const QString &path)
+{
+    bool exists = false;
+    if (isDirectoryOnDisk(path, &exists))
+        return QDir(path).removeRecursively();
+    return !exists || ::unlink(QFile::encodeName(path).constData()) == 0 || errno == ENOENT;
+}
+
+bool writeAll(int fd, const QByteArray &contents)
+{
+    const char *data = contents.constData();
+    qsizetype left = contents.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, size_t(left));
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        data += written;
+        left -= written;
+    }
+    return true;
+}
+
+// Temporary file beside the target, all bytes, fsync, rename over the target: after a crash the
+// target is either its old or its new version.
+bool writeFileAtomically(const QString &target, const QByteArray &contents, ZDError *error)
+{
+    bool exists = false;
+    if (isDirectoryOnDisk(target, &exists) && !QDir(target).removeRecursively())
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), target), target));
+
+    const QFileInfo info(target);
+    // The temporary name does not grow with the target's, so that any name that fits fits.
+    const QString temporary = info.path() + QLatin1Char('/') + kTemporaryPrefix +
+                              QUuid::createUuid().toString(QUuid::Id128).left(16);
+    const QByteArray temporaryName = QFile::encodeName(temporary);
+    const int fd = ::open(temporaryName.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot create"), temporary), target));
+
+    QString failure;
+    if (!writeAll(fd, contents))
+        failure = osError(QStringLiteral("Cannot write"), temporary);
+    else if (::fsync(fd) != 0)
+        failure = osError(QStringLiteral("Cannot sync"), temporary);
+    ::close(fd);
+    if (failure.isEmpty() && ::rename(temporaryName.constData(), QFile::encodeName(target).constData()) != 0)
+        failure = osError(QStringLiteral("Cannot rename"), temporary);
+    if (failure.isEmpty())
+        return true;
+    ::unlink(temporaryName.constData());
+    return ZDError::fail(error, writeError(failure, target));
+}
+
+bool ensureDirectory(const QString &path, bool *created, ZDError *error)
+{
+    bool exists = false;
+    if (isDirectoryOnDisk(path, &exists))
+        return true;
+    if (exists && ::unlink(QFile::encodeName(path).constData()) != 0)
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), path), path));
+    if (::mkdir(QFile::encodeName(path).constData(), 0777) != 0)
+        return ZDError::fail(error,
+                             writeError(osError(QStringLiteral("Cannot create directory"), path), path));
+    *created = true;
+    return true;
+}
+
+QStringList entriesOnDisk(const QString &path)
+{
+    return QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool isRoot, ZDError *error)
+{
+    bool entriesChanged = false;
+    // Names the tree no longer holds go first; a name that is both removed and present again is
+    // replaced in place below, so that it never vanishes from disk in between.
+    for (const QString &name : entriesOnDisk(path)) {
+        const bool stale = name.startsWith(kTemporaryPrefix) ||
+                           (full ? node.children.count(name) == 0
+                                 : node.removed.contains(name) && node.children.count(name) == 0);
+        if (!stale)
+            continue;
+        if (!removeFromDisk(path + QLatin1Char('/') + name))
+            return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), name), path));
+        entriesChanged = true;
+    }
+
+    ZDPackageNode *identifier = nullptr;
+    for (auto &[name, child] : node.children) {
+        const QString target = path + QLatin1Char('/') + name;
+        if (isRoot && name == kIdentifierName && !child->directory) {
+            identifier = child.get();
+            continue;
+        }
+        if (child->directory) {
+            const bool childFull = full || child->changed;
+            if (childFull && !ensureDirectory(target, &entriesChanged, error))
+                return false;
+            if ((childFull || child->subtreeChanged) &&
+                !writeDirectory(*child, target, childFull, false, error))
+                return false;
+        } else if (full || child->changed) {
+            if (!writeFileAtomically(target, child->contents, error))
+                return false;
+            entriesChanged = true;
+        }
+    }
+
+    // Everything else is durable before the stamp that announces it.
+    if (entriesChanged && !fsyncPath(path, true))
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
+    if (identifier && (full || identifier->changed)) {
+        if (!writeFileAtomically(path + QLatin1Char('/') + kIdentifierName, identifier->contents, error))
+            return false;
+        if (!fsyncPath(path, true))
+            return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
+    }
+    return true;
+}
+
+bool readDirectory(const QString &path, ZDPackageNode &node, ZDError *error)
+{
+    const QFileInfoList entries = QDir(path).entryInfoList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo &entry : entries) {
+        if (entry.fileName().startsWith(kTemporaryPrefix) || entry.isSymLink())
+            continue;
+        auto child = std::make_unique<ZDPackageNode>();
+        child->changed = child->subtreeChanged = false;
+        if (entry.isDir()) {
+            child->directory = true;
+            if (!readDirectory(entry.filePath(), *child, error))
+                return false;
+        } else if (entry.isFile()) {
+            QFile file(entry.filePath());
+            if (!file.open(QIODevice::ReadOnly))
+                return ZDError::fail(error, ZDError(0, QStringLiteral("Cannot read the library package."), {},
+                                                    file.errorString(),
+                                                    {{QStringLiteral("Path"), entry.filePath()}}));
+            child->contents = file.readAll();
+        } else {
+            continue;
+        }
+        node.children.emplace(entry.fileName(), std::move(child));
+    }
+    return true;
+}
+
+void appendAllData(const ZDPackageNode &node, QByteArray &out)
+{
+    if (!node.directory) {
+        out += node.contents;
+        return;
+    }
+    QStringList names;
+    for (const auto &entry : node.children)
+        names << entry.first;
+    std::sort(names.begin(), names.end(), ZDPackageTree::fileManagerLessThan);
+    for (const QString &name : names)
+        appendAllData(*node.children.at(name), out);
+}
+
+} // namespace
+
+ZDPackageTree::ZDPackageTree() : m_root(std::make_unique<ZDPackageNode>())
+{
+    m_root->directory = true;
+}
+
+ZDPackageTree::~ZDPackageTree() = default;
+ZDPackageTree::ZDPackageTree(ZDPackageTree &&) noexcept = default;
+ZDPackageTree &ZDPackageTree::operator=(ZDPackageTree &&) noexcept = default;
+
+ZDPackageTree::ZDPackageTree(const ZDPackageTree &other)
+    : m_root(other.m_root->clone()), m_origin(other.m_origin)
+{
+}
+
+ZDPackageTree &ZDPackageTree::operator=(const ZDPackageTree &other)
+{
+    if (this != &other) {
+        m_root = other.m_root->clone();
+        m_origin = other.m_origin;
+    }
+    return *this;
+}
+
+bool ZDPackageTree::read(const QString &path, ZDPackageTree *tree, ZDError *error)
+{
+    const QFileInfo info(path);
+    if (!info.isDir())
+        return ZDError::fail(error,
+                             ZDError(0, QStringLiteral("Cannot read the library package."), {},
+                                     QStringLiteral("Not a directory"), {{QStringLiteral("Path"), path}}));
+    ZDPackageTree result;
+    result.m_root->setMarks(false);
+    if (!readDirectory(path, *result.m_root, error))
+        return false;
+    result.m_origin = info.canonicalFilePath();
+    *tree = std::move(result);
+    return true;
+}
+
+bool ZDPackageTree::write(const QString &path, ZDError *error)
+{
+    if (!QDir().mkpath(path))
+        return ZDError::fail(error, writeError(QStringLiteral("Cannot create directory"), path));
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    const bool full = m_origin.isEmpty() || canonical != m_origin;
+    if (!writeDirectory(*m_root, path, full, true, error))
+        return false;
+    // A package written whole may be new in its parent; make its entry there durable too.
+    if (full && !fsyncPath(QFileInfo(path).absolutePath(), true))
+        return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
+    m_root->setMarks(false);
+    m_origin = canonical;
+    return true;
+}
+
+static ZDPackageNode *findNode(ZDPackageNode *root, const QString &path)
+{
+    ZDPackageNode *node = root;
+    for (const QString &name : components(path)) {
+        if (!node->directory)
+            return nullptr;
+        const auto it = node->children.find(name);
+        if (it == node->children.end())
+            return nullptr;
+        node = it->second.get();
+    }
+    return node;
+}
+
+bool ZDPackageTree::exists(const QString &path) const
+{
+    return findNode(m_root.get(), path) != nullptr;
+}
+
+bool ZDPackageTree::isFile(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && !node->directory;
+}
+
+bool ZDPackageTree::isDirectory(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && node->directory;
+}
+
+QByteArray ZDPackageTree::fileContents(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && !node->directory ? node->contents : QByteArray();
+}
+
+QStringList ZDPackageTree::childNames(const QString &path) const
+{
+    QStringList names;
+    if (const ZDPackageNode *node = findNode(m_root.get(), path); node && node->directory) {
+        for (const auto &entry : node->children)
+            names << entry.first;
+    }
+    return names;
+}
+
+int ZDPackageTree::fileCount(const QString &path) const
+{
+    int count = 0;
+    if (const ZDPackageNode *node = findNode(m_root.get(), path); node && node->directory) {
+        for (const auto &entry : node->children)
+            count += entry.second->directory ? 0 : 1;
+    }
+    return count;
+}
+
+// Walks to the parent of `path`, making directories on the way and marking the way as changed.
+static ZDPackageNode *parentForEdit(ZDPackageNode *root, const QStringList &parts)
+{
+    ZDPackageNode *node = root;
+    node->subtreeChanged = true;
+    for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
+        auto &slot = node->children[parts[i]];
+        if (!slot || !slot->directory) {
+            slot = std::make_unique<ZDPackageNode>();
+            slot->directory = true;
+        }
+        node = slot.get();
+        node->subtreeChanged = true;
+    }
+    return node;
+}
+
+void ZDPackageTree::setFile(const QString &path, const QByteArray &contents)
+{
+    const QStringList parts = components(path);
+    if (parts.isEmpty())
+        return;
+    ZDPackageNode *parent = parentForEdit(m_root.get(), parts);
+    auto node = std::make_unique<ZDPackageNode>();
+    node->contents = contents;
+    node->subtreeChanged = false;
+    parent->children[parts.last()] = std::move(node);
+}
+
+void ZDPackageTree::makeDirectory(const QString &path)
+{
+    if (isDirectory(path))
+        return;
+    const QStringList parts = components(path);
+    if (parts.isEmpty())
+        return;
+    ZDPackageNode *parent = parentForEdit(m_root.get(), parts);
+    auto node = std::make_unique<ZDPackageNode>();
+    node->directory = true;
+    parent->children[parts.last()] = std::move(node);
+}
+
+bool ZDPackageTree::remove(const QString &path)
+{
+    const QStringList parts = components(path);
+    if (parts.isEmpty() || !exists(path))
+        return false;
+    ZDPackageNode *parent = parentForEdit(m_root.get(), parts);
+    parent->children.erase(parts.last());
+    parent->removed.insert(parts.last());
+    return true;
+}
+
+bool ZDPackageTree::hasChanges() const
+{
+    return m_root->hasMarks();
+}
+
+void ZDPackageTree::markAllChanged()
+{
+    m_root->setMarks(true);
+}
+
+QByteArray ZDPackageTree::allData() const
+{
+    QByteArray out;
+    appendAllData(*m_root, out);
+    return out;
+}
+
+QString ZDPackageTree::md5String() const
+{
+    return QString::fromLatin1(QCryptographicHash::hash(allData(), QCryptographicHash::Md5).toHex());
+}
+
+bool ZDPackageTree::fileManagerLessThan(const QString &a, const QString &b)
+{
+    thread_local QCollator collator = [] {
+        // The "C" locale collates by code point alone; the file manager's order is still
+        // case-insensitive and numeric there, as in English.
+        const QLocale system;
+        QCollator made(system.language() == QLocale::C ? QLocale(QLocale::English, QLocale::UnitedStates)
+                                                       : system);
+        made.setCaseSensitivity(Qt::CaseInsensitive);
+        made.setNumericMode(true);
+        made.setIgnorePunctuation(false);
+        return made;
+    }();
+    const int order = collator.compare(a, b);
+    return order != 0 ? order < 0 : a < b;
+}
+
+QString ZDPackageTree::temporaryFilePrefix()
+{
+    return kTemporaryPrefix;
+}
