@@ -1,0 +1,201 @@
+#include "ZDKeyedArchive.h"
+
+#include <QDateTime>
+#include <QHash>
+
+#include <plist/plist.h>
+
+#include <cstdlib>
+
+namespace {
+
+// Seconds between 1970-01-01 and the archive's reference date, 2001-01-01 00:00:00 UTC.
+constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
+
+class Archiver
+{
+public:
+    Archiver()
+        : m_objects(plist_new_array())
+    {
+        plist_array_append_item(m_objects, plist_new_string("$null"));
+    }
+
+    QByteArray finish(const QVariant &root)
+    {
+        const uint64_t rootUID = encode(root);
+        plist_t top = plist_new_dict();
+        plist_dict_set_item(top, "root", plist_new_uid(rootUID));
+        plist_t archive = plist_new_dict();
+        plist_dict_set_item(archive, "$version", plist_new_uint(100000));
+        plist_dict_set_item(archive, "$archiver", plist_new_string("NSKeyedArchiver"));
+        plist_dict_set_item(archive, "$top", top);
+        plist_dict_set_item(archive, "$objects", m_objects);
+        char *bytes = nullptr;
+        uint32_t length = 0;
+        plist_to_bin(archive, &bytes, &length);
+        QByteArray result(bytes, qsizetype(length));
+        std::free(bytes);
+        plist_free(archive);
+        return result;
+    }
+
+private:
+    uint64_t append(plist_t node)
+    {
+        plist_array_append_item(m_objects, node);
+        return plist_array_get_size(m_objects) - 1;
+    }
+
+    // Reserves a slot so that a container comes before its contents, as the platform writes it.
+    uint64_t reserve() { return append(plist_new_bool(0)); }
+    void fill(uint64_t uid, plist_t node) { plist_array_set_item(m_objects, node, uint32_t(uid)); }
+
+    uint64_t classUID(const QString &name, const QStringList &chain)
+    {
+        auto found = m_classes.constFind(name);
+        if (found != m_classes.constEnd())
+            return *found;
+        plist_t classes = plist_new_array();
+        for (const QString &member : chain)
+            plist_array_append_item(classes, plist_new_string(member.toUtf8().constData()));
+        plist_t record = plist_new_dict();
+        plist_dict_set_item(record, "$classes", classes);
+        plist_dict_set_item(record, "$classname", plist_new_string(name.toUtf8().constData()));
+        const uint64_t uid = append(record);
+        m_classes.insert(name, uid);
+        return uid;
+    }
+
+    uint64_t encodeString(const QString &string)
+    {
+        auto found = m_strings.constFind(string);
+        if (found != m_strings.constEnd())
+            return *found;
+        const uint64_t uid = append(plist_new_string(string.toUtf8().constData()));
+        m_strings.insert(string, uid);
+        return uid;
+    }
+
+    uint64_t encodeList(const QVariantList &list)
+    {
+        const uint64_t uid = reserve();
+        plist_t objects = plist_new_array();
+        for (const QVariant &item : list)
+            plist_array_append_item(objects, plist_new_uid(encode(item)));
+        plist_t record = plist_new_dict();
+        plist_dict_set_item(record, "NS.objects", objects);
+        plist_dict_set_item(record, "$class", plist_new_uid(classUID(QStringLiteral("NSArray"),
+                                                                     {QStringLiteral("NSArray"), QStringLiteral("NSObject")})));
+        fill(uid, record);
+        return uid;
+    }
+
+    uint64_t encodeMap(const QVariantMap &map)
+    {
+        const uint64_t uid = reserve();
+        plist_t keys = plist_new_array();
+        plist_t objects = plist_new_array();
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            plist_array_append_item(keys, plist_new_uid(encodeString(it.key())));
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            plist_array_append_item(objects, plist_new_uid(encode(it.value())));
+        plist_t record = plist_new_dict();
+        plist_dict_set_item(record, "NS.keys", keys);
+        plist_dict_set_item(record, "NS.objects", objects);
+        plist_dict_set_item(record, "$class",
+                            plist_new_uid(classUID(QStringLiteral("NSDictionary"),
+                                                   {QStringLiteral("NSDictionary"), QStringLiteral("NSObject")})));
+        fill(uid, record);
+        return uid;
+    }
+
+    uint64_t encodeDate(const QDateTime &date)
+    {
+        const double seconds = double(date.toMSecsSinceEpoch() - kReferenceDateOffsetMSecs) / 1000.0;
+        plist_t record = plist_new_dict();
+        plist_dict_set_item(record, "NS.time", plist_new_real(seconds));
+        const uint64_t uid = append(record);
+        plist_dict_set_item(record, "$class",
+                            plist_new_uid(classUID(QStringLiteral("NSDate"),
+                                                   {QStringLiteral("NSDate"), QStringLiteral("NSObject")})));
+        return uid;
+    }
+
+    uint64_t encodeObject(const ZDArchivedObject &object)
+    {
+        const uint64_t uid = reserve();
+        plist_t record = plist_new_dict();
+        for (auto it = object.fields.cbegin(); it != object.fields.cend(); ++it) {
+            // Absent values are left out, as the platform does for a nil object.
+            if (!it.value().isValid())
+                continue;
+            plist_dict_set_item(record, it.key().toUtf8().constData(), plist_new_uid(encode(it.value())));
+        }
+        QStringList chain = object.classes;
+        if (chain.isEmpty())
+            chain = {object.className, QStringLiteral("NSObject")};
+        plist_dict_set_item(record, "$class", plist_new_uid(classUID(object.className, chain)));
+        fill(uid, record);
+        return uid;
+    }
+
+    uint64_t encode(const QVariant &value)
+    {
+        switch (value.typeId()) {
+        case QMetaType::UnknownType:
+        case QMetaType::Nullptr:
+            return 0;
+        case QMetaType::QString:
+            return encodeString(value.toString());
+        case QMetaType::QByteArray: {
+            const QByteArray bytes = value.toByteArray();
+            return append(plist_new_data(bytes.constData(), uint64_t(bytes.size())));
+        }
+        case QMetaType::Bool:
+            return append(plist_new_bool(value.toBool() ? 1 : 0));
+        case QMetaType::Double:
+        case QMetaType::Float:
+            return append(plist_new_real(value.toDouble()));
+        case QMetaType::Int:
+        case QMetaType::UInt:
+        case QMetaType::Long:
+        case QMetaType::ULong:
+        case QMetaType::LongLong:
+        case QMetaType::Short:
+        case QMetaType::UShort:
+            return append(plist_new_uint(uint64_t(value.toLongLong())));
+        case QMetaType::ULongLong:
+            return append(plist_new_uint(value.toULongLong()));
+        case QMetaType::QDateTime:
+            return encodeDate(value.toDateTime());
+        case QMetaType::QStringList:
+        case QMetaType::QVariantList:
+            return encodeList(value.toList());
+        case QMetaType::QVariantMap:
+            return encodeMap(value.toMap());
+        default:
+            break;
+        }
+        if (value.canConvert<ZDArchivedObject>() && value.typeId() == qMetaTypeId<ZDArchivedObject>())
+            return encodeObject(value.value<ZDArchivedObject>());
+        return encodeString(value.toString());
+    }
+
+    plist_t m_objects;
+    QHash<QString, uint64_t> m_strings;
+    QHash<QString, uint64_t> m_classes;
+};
+
+} // namespace
+
+ZDArchivedObject ZDArchivedObject::make(const QString &className, const QVariantMap &fields)
+{
+    return ZDArchivedObject{className, {className, QStringLiteral("NSObject")}, fields};
+}
+
+QByteArray ZDKeyedArchive::archivedData(const QVariant &rootObject)
+{
+    Archiver archiver;
+    return archiver.finish(rootObject);
+}
