@@ -1,5 +1,7 @@
 #include "ZDKeyedArchive.h"
 
+#include "ZDBinaryPlistCheck.h"
+
 #include <QDateTime>
 #include <QHash>
 #include <QSet>
@@ -359,6 +361,9 @@ bool ZDKeyedArchive::unarchive(const QByteArray &data, QVariant *rootObject, ZDE
     // XML parser away from untrusted bytes.
     if (data.size() < 8 || !data.startsWith("bplist00") || data.size() > 0x7fffffff)
         return corrupt(error, QStringLiteral("not a binary property list"));
+    QString unsafe;
+    if (!ZDBinaryPlistCheck::isSafeToParse(data, &unsafe))
+        return corrupt(error, unsafe);
     plist_t raw = nullptr;
     plist_from_bin(data.constData(), uint32_t(data.size()), &raw);
     PlistHolder archive(raw);

@@ -1,0 +1,700 @@
+#include "ZDPredicate.h"
+
+#include <QDateTime>
+#include <QSet>
+
+#include <optional>
+
+namespace {
+
+constexpr int kMaximumNesting = 100;
+constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
+
+struct Token
+{
+    enum Type { End, Identifier, String, Number, Symbol, Argument, KeyArgument };
+    Type type = End;
+    QString text;   // identifier (without '#'), symbol, string value
+    QVariant number;
+    bool escaped = false; // an identifier written with '#', never a keyword
+    qsizetype position = 0;
+};
+
+const QSet<QString> &reservedWords()
+{
+    static const QSet<QString> words = {
+        QStringLiteral("AND"), QStringLiteral("OR"), QStringLiteral("IN"), QStringLiteral("NOT"),
+        QStringLiteral("ALL"), QStringLiteral("ANY"), QStringLiteral("SOME"), QStringLiteral("NONE"),
+        QStringLiteral("LIKE"), QStringLiteral("CASEINSENSITIVE"), QStringLiteral("CI"),
+        QStringLiteral("MATCHES"), QStringLiteral("CONTAINS"), QStringLiteral("BEGINSWITH"),
+        QStringLiteral("ENDSWITH"), QStringLiteral("BETWEEN"), QStringLiteral("NULL"), QStringLiteral("NIL"),
+        QStringLiteral("SELF"), QStringLiteral("TRUE"), QStringLiteral("YES"), QStringLiteral("FALSE"),
+        QStringLiteral("NO"), QStringLiteral("FIRST"), QStringLiteral("LAST"), QStringLiteral("SIZE"),
+        QStringLiteral("ANYKEY"), QStringLiteral("SUBQUERY"), QStringLiteral("FETCH"), QStringLiteral("CAST"),
+        QStringLiteral("TRUEPREDICATE"), QStringLiteral("FALSEPREDICATE"), QStringLiteral("FUNCTION")};
+    return words;
+}
+
+bool isIdentifierStart(QChar c)
+{
+    return c.isLetter() || c == QLatin1Char('_') || c == QLatin1Char('@');
+}
+
+bool isIdentifierPart(QChar c)
+{
+    return c.isLetterOrNumber() || c == QLatin1Char('_') || c == QLatin1Char('@') || c.isMark();
+}
+
+class Parser
+{
+public:
+    Parser(const QString &format, const QVariantList &arguments)
+        : m_source(format)
+        , m_arguments(arguments)
+    {
+    }
+
+    std::optional<ZDPredicate> run()
+    {
+        if (!tokenize() || !matchBrackets())
+            return std::nullopt;
+        std::optional<ZDPredicate> predicate = parseOr();
+        if (!predicate)
+            return std::nullopt;
+        if (current().type != Token::End)
+            return fail(QStringLiteral("unexpected text"));
+        return predicate;
+    }
+
+    QString failure;
+    qsizetype failurePosition = 0;
+
+private:
+    // --- Tokens ---------------------------------------------------------------------------
+
+    std::nullopt_t fail(const QString &reason)
+    {
+        if (failure.isEmpty()) {
+            failure = reason;
+            failurePosition = m_index < m_tokens.size() ? m_tokens[m_index].position : m_source.size();
+        }
+        return std::nullopt;
+    }
+
+    bool failLexing(const QString &reason, qsizetype position)
+    {
+        failure = reason;
+        failurePosition = position;
+        return false;
+    }
+
+    bool tokenize()
+    {
+        const QString &s = m_source;
+        qsizetype i = 0;
+        while (i < s.size()) {
+            const QChar c = s[i];
+            if (c.isSpace()) {
+                ++i;
+                continue;
+            }
+            Token token;
+            token.position = i;
+            if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+                if (!lexString(i, &token))
+                    return false;
+            } else if (c.isDigit()) {
+                lexNumber(i, &token);
+            } else if (c == QLatin1Char('#') || isIdentifierStart(c)) {
+                token.type = Token::Identifier;
+                if (c == QLatin1Char('#')) {
+                    token.escaped = true;
+                    ++i;
+                }
+                const qsizetype start = i;
+                while (i < s.size() && isIdentifierPart(s[i]))
+                    ++i;
+                if (i == start)
+                    return failLexing(QStringLiteral("'#' without a name"), start);
+                token.text = s.mid(start, i - start);
+            } else if (c == QLatin1Char('%')) {
+                const QChar next = i + 1 < s.size() ? s[i + 1] : QChar();
+                if (next == QLatin1Char('@'))
+                    token.type = Token::Argument;
+                else if (next == QLatin1Char('K'))
+                    token.type = Token::KeyArgument;
+                else
+                    return failLexing(QStringLiteral("unknown format specifier"), i);
+                i += 2;
+            } else {
+                static const char *const symbols[] = {"==", "!=", "<>", "<=", "=<", ">=", "=>", "&&", "||",
+                                                      "=", "<", ">", "!", "(", ")", "{", "}", ",", ".",
+                                                      "+", "-", "*", "/", "[", "]"};
+                bool found = false;
+                for (const char *symbol : symbols) {
+                    const QLatin1String text(symbol);
+                    if (QStringView(s).mid(i).startsWith(text)) {
+                        token.type = Token::Symbol;
+                        token.text = text;
+                        i += text.size();
+                        found = true;
+                        break;
+                    }
+                }
+                if (!found)
+                    return failLexing(QStringLiteral("unexpected character '%1'").arg(c), i);
+            }
+            m_tokens.append(token);
+        }
+        Token end;
+        end.position = s.size();
+        m_tokens.append(end);
+        return true;
+    }
+
+    bool lexString(qsizetype &i, Token *token)
+    {
+        const QString &s = m_source;
+        const QChar quote = s[i++];
+        QString value;
+        while (true) {
+            if (i >= s.size())
+                return failLexing(QStringLiteral("unterminated string"), token->position);
+            const QChar c = s[i++];
+            if (c == quote)
+                break;
+            if (c != QLatin1Char('\\')) {
+                value.append(c);
+                continue;
+            }
+            if (i >= s.size())
+                return failLexing(QStringLiteral("unterminated string"), token->position);
+            const QChar e = s[i++];
+            switch (e.unicode()) {
+            case 'n': value.append(QLatin1Char('\n')); break;
+            case 't': value.append(QLatin1Char('\t')); break;
+            case 'r': value.append(QLatin1Char('\r')); break;
+            case '0': value.append(QChar(0)); break;
+            case 'u': {
+                bool ok = false;
+                const uint code = s.mid(i, 4).toUInt(&ok, 16);
+                if (!ok || s.mid(i, 4).size() != 4)
+                    return failLexing(QStringLiteral("bad \\u escape"), i);
+                value.append(QChar(char16_t(code)));
+                i += 4;
+                break;
+            }
+            default: value.append(e); break;
+            }
+        }
+        token->type = Token::String;
+        token->text = value;
+        return true;
+    }
+
+    void lexNumber(qsizetype &i, Token *token)
+    {
+        const QString &s = m_source;
+        const qsizetype start = i;
+        token->type = Token::Number;
+        if (s[i] == QLatin1Char('0') && i + 1 < s.size() && (s[i + 1] == QLatin1Char('x') || s[i + 1] == QLatin1Char('X'))) {
+            i += 2;
+            while (i < s.size() && (s[i].isDigit() || QStringLiteral("abcdefABCDEF").contains(s[i])))
+                ++i;
+            bool ok = false;
+            const qulonglong value = s.mid(start + 2, i - start - 2).toULongLong(&ok, 16);
+            token->number = ok ? QVariant(qlonglong(value)) : QVariant(0LL);
+            return;
+        }
+        bool real = false;
+        while (i < s.size() && s[i].isDigit())
+            ++i;
+        if (i + 1 < s.size() && s[i] == QLatin1Char('.') && s[i + 1].isDigit()) {
+            real = true;
+            ++i;
+            while (i < s.size() && s[i].isDigit())
+                ++i;
+        }
+        if (i < s.size() && (s[i] == QLatin1Char('e') || s[i] == QLatin1Char('E'))) {
+            qsizetype j = i + 1;
+            if (j < s.size() && (s[j] == QLatin1Char('+') || s[j] == QLatin1Char('-')))
+                ++j;
+            if (j < s.size() && s[j].isDigit()) {
+                real = true;
+                i = j;
+                while (i < s.size() && s[i].isDigit())
+                    ++i;
+            }
+        }
+        const QString text = s.mid(start, i - start);
+        bool ok = false;
+        if (!real) {
+            const qlonglong value = text.toLongLong(&ok);
+            if (ok) {
+                token->number = value;
+                return;
+            }
+        }
+        token->number = text.toDouble();
+    }
+
+    bool matchBrackets()
+    {
+        QList<qsizetype> open;
+        m_match.fill(-1, m_tokens.size());
+        for (qsizetype i = 0; i < m_tokens.size(); ++i) {
+            const Token &t = m_tokens[i];
+            if (t.type != Token::Symbol)
+                continue;
+            if (t.text == QLatin1String("(") || t.text == QLatin1String("{")) {
+                open.append(i);
+            } else if (t.text == QLatin1String(")") || t.text == QLatin1String("}")) {
+                const QString expected = t.text == QLatin1String(")") ? QStringLiteral("(") : QStringLiteral("{");
+                if (open.isEmpty() || m_tokens[open.last()].text != expected) {
+                    m_index = i;
+                    return (fail(QStringLiteral("unbalanced brackets")), false);
+                }
+                m_match[open.takeLast()] = i;
+            }
+        }
+        if (!open.isEmpty()) {
+            m_index = open.last();
+            return (fail(QStringLiteral("unbalanced brackets")), false);
+        }
+        return true;
+    }
+
+    const Token &current() const { return m_tokens[m_index]; }
+    const Token &peek(qsizetype ahead = 1) const
+    {
+        return m_tokens[qMin(m_index + ahead, m_tokens.size() - 1)];
+    }
+    bool isSymbol(const Token &t, const char *symbol) const
+    {
+        return t.type == Token::Symbol && t.text == QLatin1String(symbol);
+    }
+    bool isKeyword(const Token &t, const char *word) const
+    {
+        return t.type == Token::Identifier && !t.escaped && t.text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0;
+    }
+    bool isReserved(const Token &t) const
+    {
+        return t.type == Token::Identifier && !t.escaped && reservedWords().contains(t.text.toUpper());
+    }
+    bool acceptSymbol(const char *symbol)
+    {
+        if (!isSymbol(current(), symbol))
+            return false;
+        ++m_index;
+        return true;
+    }
+    bool expectSymbol(const char *symbol)
+    {
+        return acceptSymbol(symbol) || (fail(QStringLiteral("expected '%1'").arg(QLatin1String(symbol))), false);
+    }
+
+    struct Nesting
+    {
+        explicit Nesting(int &depth) : m_depth(depth) { ++m_depth; }
+        ~Nesting() { --m_depth; }
+        int &m_depth;
+    };
+
+    // --- Predicates -----------------------------------------------------------------------
+
+    std::optional<ZDPredicate> parseOr()
+    {
+        std::vector<ZDPredicate> terms;
+        do {
+            auto term = parseAnd();
+            if (!term)
+                return std::nullopt;
+            terms.push_back(*term);
+        } while (acceptKeywordOrSymbol("OR", "||"));
+        return terms.size() == 1 ? terms.front() : ZDPredicate::orPredicate(std::move(terms));
+    }
+
+    std::optional<ZDPredicate> parseAnd()
+    {
+        std::vector<ZDPredicate> terms;
+        do {
+            auto term = parseNot();
+            if (!term)
+                return std::nullopt;
+            terms.push_back(*term);
+        } while (acceptKeywordOrSymbol("AND", "&&"));
+        return terms.size() == 1 ? terms.front() : ZDPredicate::andPredicate(std::move(terms));
+    }
+
+    bool acceptKeywordOrSymbol(const char *word, const char *symbol)
+    {
+        if (isKeyword(current(), word) || isSymbol(current(), symbol)) {
+            ++m_index;
+            return true;
+        }
+        return false;
+    }
+
+    std::optional<ZDPredicate> parseNot()
+    {
+        Nesting nesting(m_depth);
+        if (m_depth > kMaximumNesting)
+            return fail(QStringLiteral("nested too deeply"));
+        if (acceptKeywordOrSymbol("NOT", "!")) {
+            auto operand = parseNot();
+            if (!operand)
+                return std::nullopt;
+            return ZDPredicate::notPredicate(*operand);
+        }
+        if (isKeyword(current(), "TRUEPREDICATE")) {
+            ++m_index;
+            return ZDPredicate::truePredicate();
+        }
+        if (isKeyword(current(), "FALSEPREDICATE")) {
+            ++m_index;
+            return ZDPredicate::falsePredicate();
+        }
+        if (isSymbol(current(), "(") && !parenthesisOpensExpression()) {
+            ++m_index;
+            auto inner = parseOr();
+            if (!inner || !expectSymbol(")"))
+                return std::nullopt;
+            return inner;
+        }
+        return parseComparison();
+    }
+
+    // "(a + b) > 3" against "(a > 3)": the token after the closing parenthesis decides.
+    bool parenthesisOpensExpression() const
+    {
+        const qsizetype close = m_match[m_index];
+        const Token &after = m_tokens[qMin(close + 1, m_tokens.size() - 1)];
+        return comparisonOperator(after).has_value() || isSymbol(after, "+") || isSymbol(after, "-")
+            || isSymbol(after, "*") || isSymbol(after, "/");
+    }
+
+    std::optional<ZDPredicate::Operator> comparisonOperator(const Token &t) const
+    {
+        if (t.type == Token::Symbol) {
+            static const QHash<QString, ZDPredicate::Operator> symbols = {
+                {QStringLiteral("=="), ZDPredicate::Equal}, {QStringLiteral("="), ZDPredicate::Equal},
+                {QStringLiteral("!="), ZDPredicate::NotEqual}, {QStringLiteral("<>"), ZDPredicate::NotEqual},
+                {QStringLiteral("<"), ZDPredicate::Less}, {QStringLiteral("<="), ZDPredicate::LessOrEqual},
+                {QStringLiteral("=<"), ZDPredicate::LessOrEqual}, {QStringLiteral(">"), ZDPredicate::Greater},
+                {QStringLiteral(">="), ZDPredicate::GreaterOrEqual}, {QStringLiteral("=>"), ZDPredicate::GreaterOrEqual}};
+            auto found = symbols.constFind(t.text);
+            if (found != symbols.constEnd())
+                return *found;
+            return std::nullopt;
+        }
+        if (t.type != Token::Identifier || t.escaped)
+            return std::nullopt;
+        static const QHash<QString, ZDPredicate::Operator> words = {
+            {QStringLiteral("CONTAINS"), ZDPredicate::Contains}, {QStringLiteral("BEGINSWITH"), ZDPredicate::BeginsWith},
+            {QStringLiteral("ENDSWITH"), ZDPredicate::EndsWith}, {QStringLiteral("LIKE"), ZDPredicate::Like},
+            {QStringLiteral("MATCHES"), ZDPredicate::Matches}, {QStringLiteral("IN"), ZDPredicate::In},
+            {QStringLiteral("BETWEEN"), ZDPredicate::Between}};
+        auto found = words.constFind(t.text.toUpper());
+        if (found != words.constEnd())
+            return *found;
+        return std::nullopt;
+    }
+
+    std::optional<ZDPredicate> parseComparison()
+    {
+        ZDPredicate::Modifier modifier = ZDPredicate::Direct;
+        if (isKeyword(current(), "ANY") || isKeyword(current(), "SOME"))
+            modifier = ZDPredicate::Any;
+        else if (isKeyword(current(), "ALL"))
+            modifier = ZDPredicate::All;
+        else if (isKeyword(current(), "NONE"))
+            modifier = ZDPredicate::None;
+        if (modifier != ZDPredicate::Direct)
+            ++m_index;
+
+        auto lhs = parseExpression();
+        if (!lhs)
+            return std::nullopt;
+        const auto op = comparisonOperator(current());
+        if (!op)
+            return fail(QStringLiteral("expected a comparison"));
+        ++m_index;
+        int options = 0;
+        if (acceptSymbol("[")) {
+            const Token &letters = current();
+            if (letters.type != Token::Identifier)
+                return fail(QStringLiteral("expected comparison options"));
+            for (QChar c : letters.text) {
+                if (c == QLatin1Char('c') || c == QLatin1Char('C'))
+                    options |= ZDPredicate::CaseInsensitive;
+                else if (c == QLatin1Char('d') || c == QLatin1Char('D'))
+                    options |= ZDPredicate::DiacriticInsensitive;
+                else
+                    return fail(QStringLiteral("unknown comparison option '%1'").arg(c));
+            }
+            ++m_index;
+            if (!expectSymbol("]"))
+                return std::nullopt;
+        }
+        auto rhs = parseExpression();
+        if (!rhs)
+            return std::nullopt;
+        return ZDPredicate::comparison(*lhs, *op, *rhs, modifier, options);
+    }
+
+    // --- Expressions ----------------------------------------------------------------------
+
+    std::optional<ZDExpression> parseExpression()
+    {
+        Nesting nesting(m_depth);
+        if (m_depth > kMaximumNesting)
+            return fail(QStringLiteral("nested too deeply"));
+        auto left = parseTerm();
+        while (left && (isSymbol(current(), "+") || isSymbol(current(), "-"))) {
+            const bool add = isSymbol(current(), "+");
+            ++m_index;
+            auto right = parseTerm();
+            if (!right)
+                return std::nullopt;
+            left = ZDExpression::function(add ? QStringLiteral("add:to:") : QStringLiteral("from:subtract:"),
+                                          {*left, *right});
+        }
+        return left;
+    }
+
+    std::optional<ZDExpression> parseTerm()
+    {
+        auto left = parseUnary();
+        while (left && (isSymbol(current(), "*") || isSymbol(current(), "/"))) {
+            const bool multiply = isSymbol(current(), "*");
+            ++m_index;
+            auto right = parseUnary();
+            if (!right)
+                return std::nullopt;
+            left = ZDExpression::function(multiply ? QStringLiteral("multiply:by:") : QStringLiteral("divide:by:"),
+                                          {*left, *right});
+        }
+        return left;
+    }
+
+    std::optional<ZDExpression> parseUnary()
+    {
+        Nesting nesting(m_depth);
+        if (m_depth > kMaximumNesting)
+            return fail(QStringLiteral("nested too deeply"));
+        if (!acceptSymbol("-"))
+            return parsePrimary();
+        if (current().type == Token::Number) {
+            const QVariant value = current().number;
+            ++m_index;
+            if (value.typeId() == QMetaType::LongLong && value.toLongLong() != std::numeric_limits<qlonglong>::min())
+                return ZDExpression::constantValue(-value.toLongLong());
+            return ZDExpression::constantValue(-value.toDouble());
+        }
+        auto operand = parseUnary();
+        if (!operand)
+            return std::nullopt;
+        return ZDExpression::function(QStringLiteral("from:subtract:"), {ZDExpression::constantValue(0LL), *operand});
+    }
+
+    std::optional<ZDExpression> parseArgumentList(std::vector<ZDExpression> *arguments)
+    {
+        if (!expectSymbol("("))
+            return std::nullopt;
+        if (!acceptSymbol(")")) {
+            do {
+                auto argument = parseExpression();
+                if (!argument)
+                    return std::nullopt;
+                arguments->push_back(*argument);
+            } while (acceptSymbol(","));
+            if (!expectSymbol(")"))
+                return std::nullopt;
+        }
+        return ZDExpression();
+    }
+
+    std::optional<ZDExpression> parsePrimary()
+    {
+        const Token token = current();
+        switch (token.type) {
+        case Token::End:
+            return fail(QStringLiteral("unexpected end"));
+        case Token::String:
+            ++m_index;
+            return ZDExpression::constantValue(token.text);
+        case Token::Number:
+            ++m_index;
+            return ZDExpression::constantValue(token.number);
+        case Token::Argument:
+            ++m_index;
+            if (m_nextArgument >= m_arguments.size())
+                return fail(QStringLiteral("missing argument for %@"));
+            return expressionForArgument(m_arguments[m_nextArgument++]);
+        case Token::KeyArgument: {
+            ++m_index;
+            if (m_nextArgument >= m_arguments.size())
+                return fail(QStringLiteral("missing argument for %K"));
+            const QString path = m_arguments[m_nextArgument++].toString();
+            if (path.isEmpty())
+                return fail(QStringLiteral("empty key path for %K"));
+            return continueKeyPath(path);
+        }
+        case Token::Symbol:
+            if (token.text == QLatin1String("(")) {
+                ++m_index;
+                auto inner = parseExpression();
+                if (!inner || !expectSymbol(")"))
+                    return std::nullopt;
+                return inner;
+            }
+            if (token.text == QLatin1String("{")) {
+                ++m_index;
+                ZDExpression aggregate;
+                aggregate.kind = ZDExpression::Aggregate;
+                if (!acceptSymbol("}")) {
+                    do {
+                        auto member = parseExpression();
+                        if (!member)
+                            return std::nullopt;
+                        aggregate.arguments.push_back(*member);
+                    } while (acceptSymbol(","));
+                    if (!expectSymbol("}"))
+                        return std::nullopt;
+                }
+                return aggregate;
+            }
+            return fail(QStringLiteral("unexpected '%1'").arg(token.text));
+        case Token::Identifier:
+            break;
+        }
+
+        if (isKeyword(token, "YES") || isKeyword(token, "TRUE")) {
+            ++m_index;
+            return ZDExpression::constantValue(true);
+        }
+        if (isKeyword(token, "NO") || isKeyword(token, "FALSE")) {
+            ++m_index;
+            return ZDExpression::constantValue(false);
+        }
+        if (isKeyword(token, "NIL") || isKeyword(token, "NULL")) {
+            ++m_index;
+            return ZDExpression::constantValue(QVariant());
+        }
+        if (isKeyword(token, "SELF")) {
+            ++m_index;
+            ZDExpression self;
+            self.kind = ZDExpression::Self;
+            return self;
+        }
+        if (isKeyword(token, "CAST") || isKeyword(token, "FUNCTION")) {
+            const bool cast = isKeyword(token, "CAST");
+            ++m_index;
+            std::vector<ZDExpression> arguments;
+            if (!parseArgumentList(&arguments))
+                return std::nullopt;
+            if (cast) {
+                if (arguments.size() != 2)
+                    return fail(QStringLiteral("CAST takes two arguments"));
+                return ZDExpression::function(QStringLiteral("castObject:toType:"), std::move(arguments));
+            }
+            // FUNCTION(receiver, 'selector', arguments...): the receiver is the first argument.
+            if (arguments.size() < 2 || arguments[1].kind != ZDExpression::Constant
+                || arguments[1].constant.typeId() != QMetaType::QString)
+                return fail(QStringLiteral("FUNCTION needs a receiver and a selector name"));
+            const QString selector = arguments[1].constant.toString();
+            arguments.erase(arguments.begin() + 1);
+            return ZDExpression::function(selector, std::move(arguments));
+        }
+        if (isReserved(token))
+            return fail(QStringLiteral("unexpected keyword '%1'").arg(token.text));
+        if (isSymbol(peek(), "(")) {
+            if (token.text != QLatin1String("now"))
+                return fail(QStringLiteral("unknown function '%1'").arg(token.text));
+            m_index += 1;
+            std::vector<ZDExpression> arguments;
+            if (!parseArgumentList(&arguments))
+                return std::nullopt;
+            if (!arguments.empty())
+                return fail(QStringLiteral("now() takes no arguments"));
+            return ZDExpression::function(QStringLiteral("now"), {});
+        }
+        ++m_index;
+        return continueKeyPath(token.text);
+    }
+
+    std::optional<ZDExpression> continueKeyPath(QString path)
+    {
+        while (acceptSymbol(".")) {
+            if (current().type != Token::Identifier)
+                return fail(QStringLiteral("expected a key after '.'"));
+            path += QLatin1Char('.') + current().text;
+            ++m_index;
+        }
+        return ZDExpression::keyPath(path);
+    }
+
+    std::optional<ZDExpression> expressionForArgument(const QVariant &value)
+    {
+        // Arguments take the form a parsed string would give, so that printing and parsing
+        // again yields an equal predicate.
+        if (value.typeId() == QMetaType::QStringList || value.typeId() == QMetaType::QVariantList) {
+            ZDExpression aggregate;
+            aggregate.kind = ZDExpression::Aggregate;
+            for (const QVariant &member : value.toList()) {
+                auto expression = expressionForArgument(member);
+                if (!expression)
+                    return std::nullopt;
+                aggregate.arguments.push_back(*expression);
+            }
+            return aggregate;
+        }
+        if (value.typeId() == QMetaType::QDateTime) {
+            const double seconds = double(value.toDateTime().toMSecsSinceEpoch() - kReferenceDateOffsetMSecs) / 1000.0;
+            return ZDExpression::function(QStringLiteral("castObject:toType:"),
+                                          {ZDExpression::constantValue(seconds),
+                                           ZDExpression::constantValue(QStringLiteral("NSDate"))});
+        }
+        switch (value.typeId()) {
+        case QMetaType::UnknownType:
+        case QMetaType::Nullptr:
+            return ZDExpression::constantValue(QVariant());
+        case QMetaType::QString:
+        case QMetaType::Bool:
+        case QMetaType::Double:
+            return ZDExpression::constantValue(value);
+        case QMetaType::Float:
+            return ZDExpression::constantValue(value.toDouble());
+        case QMetaType::Int:
+        case QMetaType::UInt:
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Long:
+        case QMetaType::ULong:
+            return ZDExpression::constantValue(value.toLongLong());
+        default:
+            return ZDExpression::constantValue(value.toString());
+        }
+    }
+
+    QString m_source;
+    QVariantList m_arguments;
+    qsizetype m_nextArgument = 0;
+    QList<Token> m_tokens;
+    QList<qsizetype> m_match;
+    qsizetype m_index = 0;
+    int m_depth = 0;
+};
+
+} // namespace
+
+ZDPredicate ZDPredicate::fromFormat(const QString &format, ZDError *error, const QVariantList &arguments)
+{
+    Parser parser(format, arguments);
+    std::optional<ZDPredicate> predicate = parser.run();
+    if (predicate)
+        return *predicate;
+    ZDError::fail(error, ZDError(0, QStringLiteral("Unable to parse the format string \"%1\"").arg(format), {},
+                                 QStringLiteral("%1 at %2").arg(parser.failure).arg(parser.failurePosition)));
+    return {};
+}
