@@ -6,6 +6,7 @@
 #include <plist/plist.h>
 
 #include <cstdlib>
+#include <vector>
 
 namespace {
 
@@ -15,11 +16,7 @@ constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
 class Archiver
 {
 public:
-    Archiver()
-        : m_objects(plist_new_array())
-    {
-        plist_array_append_item(m_objects, plist_new_string("$null"));
-    }
+    Archiver() { append(plist_new_string("$null")); }
 
     QByteArray finish(const QVariant &root)
     {
@@ -30,7 +27,10 @@ public:
         plist_dict_set_item(archive, "$version", plist_new_uint(100000));
         plist_dict_set_item(archive, "$archiver", plist_new_string("NSKeyedArchiver"));
         plist_dict_set_item(archive, "$top", top);
-        plist_dict_set_item(archive, "$objects", m_objects);
+        plist_t objects = plist_new_array();
+        for (plist_t node : m_nodes)
+            plist_array_append_item(objects, node);
+        plist_dict_set_item(archive, "$objects", objects);
         char *bytes = nullptr;
         uint32_t length = 0;
         plist_to_bin(archive, &bytes, &length);
@@ -41,15 +41,17 @@ public:
     }
 
 private:
+    // The table is built here and handed to libplist at the end: libplist reaches an array
+    // member by walking the array.
     uint64_t append(plist_t node)
     {
-        plist_array_append_item(m_objects, node);
-        return plist_array_get_size(m_objects) - 1;
+        m_nodes.push_back(node);
+        return m_nodes.size() - 1;
     }
 
     // Reserves a slot so that a container comes before its contents, as the platform writes it.
-    uint64_t reserve() { return append(plist_new_bool(0)); }
-    void fill(uint64_t uid, plist_t node) { plist_array_set_item(m_objects, node, uint32_t(uid)); }
+    uint64_t reserve() { return append(nullptr); }
+    void fill(uint64_t uid, plist_t node) { m_nodes[uid] = node; }
 
     uint64_t classUID(const QString &name, const QStringList &chain)
     {
@@ -140,6 +142,22 @@ private:
         return uid;
     }
 
+    // A container that is shared in memory (one object reached twice, as a decoded archive's
+    // shared objects are) is written once and referred to twice, as the platform does.
+    template<typename Encode>
+    uint64_t shared(const void *identity, const QVariant &holder, Encode encodeOnce)
+    {
+        if (!identity)
+            return encodeOnce();
+        auto found = m_shared.constFind(identity);
+        if (found != m_shared.constEnd())
+            return *found;
+        m_pinned.append(holder); // keeps the identity from being reused by another value
+        const uint64_t uid = encodeOnce();
+        m_shared.insert(identity, uid);
+        return uid;
+    }
+
     uint64_t encode(const QVariant &value)
     {
         switch (value.typeId()) {
@@ -170,21 +188,28 @@ private:
         case QMetaType::QDateTime:
             return encodeDate(value.toDateTime());
         case QMetaType::QStringList:
-        case QMetaType::QVariantList:
-            return encodeList(value.toList());
-        case QMetaType::QVariantMap:
-            return encodeMap(value.toMap());
+        case QMetaType::QVariantList: {
+            const QVariantList list = value.toList();
+            return shared(list.constData(), QVariant(list), [&] { return encodeList(list); });
+        }
+        case QMetaType::QVariantMap: {
+            const QVariantMap map = value.toMap();
+            const void *identity = map.isEmpty() ? nullptr : &*map.constBegin();
+            return shared(identity, QVariant(map), [&] { return encodeMap(map); });
+        }
         default:
             break;
         }
-        if (value.canConvert<ZDArchivedObject>() && value.typeId() == qMetaTypeId<ZDArchivedObject>())
-            return encodeObject(value.value<ZDArchivedObject>());
+        if (value.typeId() == qMetaTypeId<ZDArchivedObject>())
+            return shared(value.constData(), value, [&] { return encodeObject(value.value<ZDArchivedObject>()); });
         return encodeString(value.toString());
     }
 
-    plist_t m_objects;
+    std::vector<plist_t> m_nodes;
     QHash<QString, uint64_t> m_strings;
     QHash<QString, uint64_t> m_classes;
+    QHash<const void *, uint64_t> m_shared;
+    QVariantList m_pinned;
 };
 
 } // namespace

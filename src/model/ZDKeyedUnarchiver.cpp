@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -18,7 +19,7 @@ constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
 // Limits that keep hostile archives from exhausting the stack or memory. Real records nest a
 // handful of levels (a folder tree a few dozen) and hold far fewer values.
 constexpr int kMaximumDepth = 512;
-constexpr qint64 kMaximumValues = 2'000'000;
+constexpr qint64 kMaximumValues = 1'000'000;
 
 struct PlistDeleter
 {
@@ -62,10 +63,20 @@ std::optional<QDateTime> dateFromReferenceSeconds(double seconds)
 class Unarchiver
 {
 public:
+    // libplist finds an array member by walking the array, so the table is indexed once here.
     explicit Unarchiver(plist_t objects)
-        : m_objects(objects)
-        , m_count(plist_array_get_size(objects))
     {
+        plist_array_iter iterator = nullptr;
+        plist_array_new_iter(objects, &iterator);
+        while (iterator) {
+            plist_t item = nullptr;
+            plist_array_next_item(objects, iterator, &item);
+            if (!item)
+                break;
+            m_table.push_back(item);
+        }
+        std::free(iterator);
+        m_count = m_table.size();
     }
 
     bool decodeReference(uint64_t uid, QVariant *out, int depth)
@@ -117,7 +128,7 @@ private:
             return fail(QStringLiteral("reference cycle at %1").arg(uid));
         m_inProgress.insert(uid);
         qint64 ownSize = 1;
-        const bool ok = decodeObject(plist_array_get_item(m_objects, uint32_t(uid)), out, &ownSize, depth);
+        const bool ok = decodeObject(m_table[uid], out, &ownSize, depth);
         m_inProgress.remove(uid);
         if (!ok)
             return false;
@@ -186,7 +197,7 @@ private:
             return fail(QStringLiteral("object without class"));
         if (classRef >= m_count)
             return fail(QStringLiteral("class reference out of range"));
-        plist_t classRecord = plist_array_get_item(m_objects, uint32_t(classRef));
+        plist_t classRecord = m_table[classRef];
         if (!classRecord || plist_get_node_type(classRecord) != PLIST_DICT)
             return fail(QStringLiteral("malformed class record"));
         const QString className = stringValue(plist_dict_get_item(classRecord, "$classname"));
@@ -233,17 +244,20 @@ private:
         plist_t array = plist_dict_get_item(node, key);
         if (!array || plist_get_node_type(array) != PLIST_ARRAY)
             return fail(QStringLiteral("collection without %1").arg(QLatin1String(key)));
-        const uint32_t count = plist_array_get_size(array);
-        if (!charge(count))
-            return false;
-        uids->reserve(count);
-        for (uint32_t i = 0; i < count; ++i) {
+        plist_array_iter iterator = nullptr;
+        plist_array_new_iter(array, &iterator);
+        bool ok = true;
+        while (ok && iterator) {
+            plist_t item = nullptr;
+            plist_array_next_item(array, iterator, &item);
+            if (!item)
+                break;
             uint64_t uid = 0;
-            if (!uidValue(plist_array_get_item(array, i), &uid))
-                return fail(QStringLiteral("collection member is not a reference"));
+            ok = uidValue(item, &uid) || fail(QStringLiteral("collection member is not a reference"));
             uids->append(uid);
         }
-        return true;
+        std::free(iterator);
+        return ok && charge(uids->size());
     }
 
     bool decodeList(plist_t node, QVariant *out, qint64 *size, int depth)
@@ -337,8 +351,8 @@ private:
         return true;
     }
 
-    plist_t m_objects;
-    uint64_t m_count;
+    std::vector<plist_t> m_table;
+    uint64_t m_count = 0;
     qint64 m_total = 0;
     QHash<uint64_t, Decoded> m_decoded;
     QSet<uint64_t> m_inProgress;

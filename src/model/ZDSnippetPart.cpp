@@ -19,6 +19,8 @@ ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &snippetUUID)
     : m_title(title)
     , m_UUID(zdNewUUIDString())
     , m_language(plainText())
+    , m_note(QStringLiteral(""))
+    , m_content(QStringLiteral(""))
     , m_dateCreated(ZDRecordDirectory::now())
     , m_dateModified(ZDRecordDirectory::now())
     , m_snippetUUID(snippetUUID)
@@ -31,8 +33,8 @@ ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &UUID, const ZD
     : m_title(title)
     , m_UUID(UUID)
     , m_language(language.isValid() ? language : plainText())
-    , m_note(note)
-    , m_content(content)
+    , m_note(note.isNull() ? QStringLiteral("") : note)
+    , m_content(content.isNull() ? QStringLiteral("") : content)
     , m_dateCreated(dateCreated)
     , m_dateModified(dateModified)
     , m_snippetUUID(snippetUUID)
@@ -65,7 +67,7 @@ void ZDSnippetPart::setNote(const QString &note)
 {
     if (note == m_note)
         return;
-    m_note = note;
+    m_note = note.isNull() ? QStringLiteral("") : note;
     touch();
 }
 
@@ -73,7 +75,7 @@ void ZDSnippetPart::setContent(const QString &content)
 {
     if (content == m_content)
         return;
-    m_content = content;
+    m_content = content.isNull() ? QStringLiteral("") : content;
     touch();
 }
 
