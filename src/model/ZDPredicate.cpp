@@ -91,7 +91,9 @@ QString keyPathText(const QString &path)
 {
     QStringList segments = path.split(QLatin1Char('.'));
     for (QString &segment : segments) {
-        if (printReservedWords().contains(segment.toUpper()) || segment == QLatin1String("now"))
+        const bool plain = !segment.isEmpty()
+            && (segment.front().isLetter() || segment.front() == QLatin1Char('_') || segment.front() == QLatin1Char('@'));
+        if (!plain || printReservedWords().contains(segment.toUpper()) || segment == QLatin1String("now"))
             segment.prepend(QLatin1Char('#'));
     }
     return segments.join(QLatin1Char('.'));

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QSet>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -335,11 +336,21 @@ private:
         return false;
     }
 
+    // Nesting is counted per NOT, unary minus and bracket, the constructs that recurse, so
+    // that a printed predicate (which never nests deeper than its source) parses again.
+    bool deeper()
+    {
+        return m_depth <= kMaximumNesting || (fail(QStringLiteral("nested too deeply")), false);
+    }
+
     std::optional<ZDPredicate> parseNot()
     {
-        Nesting nesting(m_depth);
-        if (m_depth > kMaximumNesting)
-            return fail(QStringLiteral("nested too deeply"));
+        std::optional<Nesting> nesting;
+        if (isKeyword(current(), "NOT") || isSymbol(current(), "!") || isSymbol(current(), "(")) {
+            nesting.emplace(m_depth);
+            if (!deeper())
+                return std::nullopt;
+        }
         if (acceptKeywordOrSymbol("NOT", "!")) {
             auto operand = parseNot();
             if (!operand)
@@ -446,9 +457,6 @@ private:
 
     std::optional<ZDExpression> parseExpression()
     {
-        Nesting nesting(m_depth);
-        if (m_depth > kMaximumNesting)
-            return fail(QStringLiteral("nested too deeply"));
         auto left = parseTerm();
         while (left && (isSymbol(current(), "+") || isSymbol(current(), "-"))) {
             const bool add = isSymbol(current(), "+");
@@ -479,11 +487,12 @@ private:
 
     std::optional<ZDExpression> parseUnary()
     {
-        Nesting nesting(m_depth);
-        if (m_depth > kMaximumNesting)
-            return fail(QStringLiteral("nested too deeply"));
-        if (!acceptSymbol("-"))
+        if (!isSymbol(current(), "-"))
             return parsePrimary();
+        Nesting nesting(m_depth);
+        if (!deeper())
+            return std::nullopt;
+        ++m_index;
         if (current().type == Token::Number) {
             const QVariant value = current().number;
             ++m_index;
@@ -499,7 +508,8 @@ private:
 
     std::optional<ZDExpression> parseArgumentList(std::vector<ZDExpression> *arguments)
     {
-        if (!expectSymbol("("))
+        Nesting nesting(m_depth);
+        if (!deeper() || !expectSymbol("("))
             return std::nullopt;
         if (!acceptSymbol(")")) {
             do {
@@ -517,6 +527,12 @@ private:
     std::optional<ZDExpression> parsePrimary()
     {
         const Token token = current();
+        std::optional<Nesting> nesting;
+        if (isSymbol(token, "(") || isSymbol(token, "{")) {
+            nesting.emplace(m_depth);
+            if (!deeper())
+                return std::nullopt;
+        }
         switch (token.type) {
         case Token::End:
             return fail(QStringLiteral("unexpected end"));
@@ -536,8 +552,11 @@ private:
             if (m_nextArgument >= m_arguments.size())
                 return fail(QStringLiteral("missing argument for %K"));
             const QString path = m_arguments[m_nextArgument++].toString();
-            if (path.isEmpty())
-                return fail(QStringLiteral("empty key path for %K"));
+            for (const QString &segment : path.split(QLatin1Char('.'))) {
+                if (segment.isEmpty() || !isIdentifierStart(segment.front())
+                    || !std::all_of(segment.begin(), segment.end(), isIdentifierPart))
+                    return fail(QStringLiteral("'%1' is not a key path").arg(path));
+            }
             return continueKeyPath(path);
         }
         case Token::Symbol:

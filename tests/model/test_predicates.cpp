@@ -58,6 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair{"dateModified < CAST(722890800.5, 'NSDate')", "dateModified < CAST(722890800.5, \"NSDate\")"},
         std::pair{"#in.#now == -5", "#in.#now == -5"},
         std::pair{"n == -x", "n == 0 - x"},
+        std::pair{"#2.#x == 1", "#2.x == 1"},
         std::pair{"title ENDSWITH 'a\\nb\\t'", "title ENDSWITH \"a\\nb\\t\""}));
 
 TEST(PredicateParseTest, UnreadableStringsAreErrors)
@@ -75,6 +76,16 @@ TEST(PredicateParseTest, UnreadableStringsAreErrors)
     EXPECT_FALSE(ZDPredicate::fromFormat(QStringLiteral("a == ") + QString(50000, QLatin1Char('-')) + QStringLiteral("1")).isValid());
     EXPECT_FALSE(ZDPredicate::fromFormat(QString(50000, QLatin1Char('!')) + QStringLiteral("a == 1")).isValid());
     EXPECT_FALSE(ZDPredicate().evaluate({}));
+}
+
+TEST(PredicateParseTest, WhatParsesAtTheNestingLimitPrintsToSomethingThatParses)
+{
+    for (const QString &format : {QString(100, QLatin1Char('-')) + QStringLiteral("m == 1"),
+                                  QString(100, QLatin1Char('!')) + QStringLiteral("m == 1"),
+                                  QString(100, QLatin1Char('(')) + QStringLiteral("m == 1") + QString(100, QLatin1Char(')'))}) {
+        const ZDPredicate predicate = parsed(format);
+        EXPECT_EQ(parsed(predicate.predicateFormat()), predicate);
+    }
 }
 
 TEST(PredicateParseTest, ArgumentsBecomeConstantsAndKeyPaths)
