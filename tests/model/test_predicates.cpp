@@ -80,7 +80,7 @@ TEST(PredicateParseTest, UnreadableStringsAreErrors)
 
 TEST(PredicateParseTest, WhatParsesAtTheNestingLimitPrintsToSomethingThatParses)
 {
-    for (const QString &format : {QString(100, QLatin1Char('-')) + QStringLiteral("m == 1"),
+    for (const QString &format : QStringList{QString(100, QLatin1Char('-')) + QStringLiteral("m == 1"),
                                   QString(100, QLatin1Char('!')) + QStringLiteral("m == 1"),
                                   QString(100, QLatin1Char('(')) + QStringLiteral("m == 1") + QString(100, QLatin1Char(')'))}) {
         const ZDPredicate predicate = parsed(format);
