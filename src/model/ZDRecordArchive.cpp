@@ -251,4 +251,31 @@ ZDCategoryNodePtr unarchiveNode(const QByteArray &data, ZDError *error)
     return unarchiveWith<ZDCategoryNode>(data, error, &nodeFromObject, "sidebar node");
 }
 
+QByteArray archivedList(const QList<QByteArray> &recordArchives)
+{
+    QVariantList members;
+    for (const QByteArray &archive : recordArchives)
+        members.append(archive);
+    return ZDKeyedArchive::archivedData(members);
+}
+
+bool unarchiveList(const QByteArray &data, QList<QByteArray> *recordArchives, ZDError *error)
+{
+    recordArchives->clear();
+    if (data.isEmpty())
+        return true;
+    QVariant root;
+    if (!ZDKeyedArchive::unarchive(data, &root, error))
+        return false;
+    if (root.typeId() != QMetaType::QVariantList)
+        return ZDError::fail(error, ZDError(ZDKeyedArchive::kCorruptArchiveErrorCode,
+                                            QStringLiteral("The data couldn’t be read because it isn’t in the correct format."),
+                                            {}, QStringLiteral("list file is not an array")));
+    for (const QVariant &member : root.toList()) {
+        if (member.typeId() == QMetaType::QByteArray)
+            recordArchives->append(member.toByteArray());
+    }
+    return true;
+}
+
 } // namespace ZDRecordArchive

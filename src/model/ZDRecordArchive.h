@@ -29,4 +29,11 @@ QByteArray archivedNode(const ZDCategoryNode &node);
 ZDSnippetPtr unarchiveSnippet(const QByteArray &data, ZDError *error = nullptr);
 ZDTagPtr unarchiveTag(const QByteArray &data, ZDError *error = nullptr);
 ZDCategoryNodePtr unarchiveNode(const QByteArray &data, ZDError *error = nullptr);
+
+/// A list file of the library package: an archived array whose members are themselves record
+/// archives, so that one unreadable record loses only itself.
+QByteArray archivedList(const QList<QByteArray> &recordArchives);
+/// The record archives of a list file (members that are not data are skipped). Zero bytes are
+/// an empty list; bytes that are not an archived array fail with `error`.
+bool unarchiveList(const QByteArray &data, QList<QByteArray> *recordArchives, ZDError *error = nullptr);
 } // namespace ZDRecordArchive

@@ -221,12 +221,17 @@ TEST_F(RecordArchiveTest, ReadsPlatformNodesAndListFiles)
     EXPECT_EQ(smart->title(), "Recent");
     EXPECT_TRUE(smart->predicateString().contains("172802"));
 
-    QVariant list;
-    ASSERT_TRUE(ZDKeyedArchive::unarchive(fixture("tags_list.archive"), &list));
+    QList<QByteArray> blobs;
+    ASSERT_TRUE(ZDRecordArchive::unarchiveList(fixture("tags_list.archive"), &blobs));
     QStringList tags;
-    for (const QVariant &blob : list.toList()) {
-        if (auto tag = ZDRecordArchive::unarchiveTag(blob.toByteArray()))
+    for (const QByteArray &blob : blobs) {
+        if (auto tag = ZDRecordArchive::unarchiveTag(blob))
             tags << tag->title();
     }
-    EXPECT_EQ(tags, QStringList({"Café", "Work"}));
+    EXPECT_EQ(tags, QStringList({"Café", "Work"})) << "the unreadable member is skipped";
+
+    ASSERT_TRUE(ZDRecordArchive::unarchiveList(ZDRecordArchive::archivedList(blobs), &blobs));
+    EXPECT_EQ(blobs.size(), 3);
+    EXPECT_TRUE(ZDRecordArchive::unarchiveList(QByteArray(), &blobs) && blobs.isEmpty());
+    EXPECT_FALSE(ZDRecordArchive::unarchiveList(fixture("tag.archive"), &blobs));
 }
