@@ -119,7 +119,8 @@ void ZDCategoryNode::addChild(const ZDCategoryNodePtr &child)
 
 void ZDCategoryNode::insertChild(qsizetype index, const ZDCategoryNodePtr &child)
 {
-    if (!child || child.get() == this)
+    // A node cannot become its own descendant: the tree would turn into a loop.
+    if (!child || child.get() == this || isDescendantOfNode(child))
         return;
     if (ZDCategoryNodePtr former = child->parentCategoryNode()) {
         if (former.get() == this) {

@@ -14,6 +14,8 @@ struct ZDArchivedObject
     QString className;
     QStringList classes;
     QVariantMap fields;
+    /// The order the fields are written in; fields not named here follow in key order.
+    QStringList keyOrder;
 
     /// An object of `className` whose class chain is `className`, "NSObject".
     static ZDArchivedObject make(const QString &className, const QVariantMap &fields = {});

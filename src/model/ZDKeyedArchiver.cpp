@@ -128,11 +128,17 @@ private:
     {
         const uint64_t uid = reserve();
         plist_t record = plist_new_dict();
+        QStringList keys = object.keyOrder;
         for (auto it = object.fields.cbegin(); it != object.fields.cend(); ++it) {
+            if (!object.keyOrder.contains(it.key()))
+                keys.append(it.key());
+        }
+        for (const QString &key : std::as_const(keys)) {
+            const QVariant value = object.fields.value(key);
             // Absent values are left out, as the platform does for a nil object.
-            if (!it.value().isValid())
+            if (!value.isValid())
                 continue;
-            plist_dict_set_item(record, it.key().toUtf8().constData(), plist_new_uid(encode(it.value())));
+            plist_dict_set_item(record, key.toUtf8().constData(), plist_new_uid(encode(value)));
         }
         QStringList chain = object.classes;
         if (chain.isEmpty())
@@ -216,7 +222,7 @@ private:
 
 ZDArchivedObject ZDArchivedObject::make(const QString &className, const QVariantMap &fields)
 {
-    return ZDArchivedObject{className, {className, QStringLiteral("NSObject")}, fields};
+    return ZDArchivedObject{className, {className, QStringLiteral("NSObject")}, fields, {}};
 }
 
 QByteArray ZDKeyedArchive::archivedData(const QVariant &rootObject)

@@ -342,7 +342,10 @@ private:
                 ok = decodePrimitive(item, &value) && charge(1);
             }
             if (ok)
+            {
                 object.fields.insert(key, value);
+                object.keyOrder.append(key);
+            }
         }
         std::free(iterator);
         if (!ok)

@@ -12,6 +12,24 @@ namespace {
 
 #define ZD_KEY(name) QStringLiteral("com.varnok.Zandrio.Key." name)
 
+// Fields in the order the records have always been written.
+struct OrderedFields
+{
+    QVariantMap fields;
+    QStringList order;
+    void insert(const QString &key, const QVariant &value)
+    {
+        fields.insert(key, value);
+        order.append(key);
+    }
+    QVariant object(const QString &className) const
+    {
+        ZDArchivedObject archived = ZDArchivedObject::make(className, fields);
+        archived.keyOrder = order;
+        return QVariant::fromValue(archived);
+    }
+};
+
 QVariant nullable(const QString &string)
 {
     return string.isNull() ? QVariant() : QVariant(string);
@@ -119,7 +137,7 @@ namespace ZDRecordArchive {
 
 QVariant partObject(const ZDSnippetPart &part)
 {
-    QVariantMap fields;
+    OrderedFields fields;
     fields.insert(ZD_KEY("SnippetPartTitle"), nullable(part.title()));
     fields.insert(ZD_KEY("SnippetPartUUID"), nullable(part.UUID()));
     fields.insert(ZD_KEY("SnippetPartSnippetUUID"), nullable(part.snippetUUID()));
@@ -128,7 +146,7 @@ QVariant partObject(const ZDSnippetPart &part)
     fields.insert(ZD_KEY("SnippetPartLanguage"), part.language().identifier());
     fields.insert(ZD_KEY("SnippetPartDateCreated"), part.dateCreated());
     fields.insert(ZD_KEY("SnippetPartDateModified"), part.dateModified());
-    return QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("ZDSnippetPart"), fields));
+    return fields.object(QStringLiteral("ZDSnippetPart"));
 }
 
 QVariant snippetObject(const ZDSnippet &snippet)
@@ -136,7 +154,7 @@ QVariant snippetObject(const ZDSnippet &snippet)
     QVariantList parts;
     for (const ZDSnippetPartPtr &part : snippet.parts())
         parts.append(partObject(*part));
-    QVariantMap fields;
+    OrderedFields fields;
     fields.insert(ZD_KEY("SnippetTitle"), nullable(snippet.title()));
     fields.insert(ZD_KEY("SnippetUUID"), nullable(snippet.UUID()));
     fields.insert(ZD_KEY("SnippetFolderUUID"), nullable(snippet.folderUUID()));
@@ -147,15 +165,15 @@ QVariant snippetObject(const ZDSnippet &snippet)
     fields.insert(ZD_KEY("GistIdentifier"), nullable(snippet.gistIdentifier()));
     fields.insert(ZD_KEY("GitHubUsername"), nullable(snippet.githubUsername()));
     fields.insert(ZD_KEY("GitHubHTMLURL"), nullable(snippet.githubHTMLURL()));
-    return QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("ZDSnippet"), fields));
+    return fields.object(QStringLiteral("ZDSnippet"));
 }
 
 QVariant tagObject(const ZDTag &tag)
 {
-    QVariantMap fields;
+    OrderedFields fields;
     fields.insert(ZD_KEY("TagTitle"), nullable(tag.title()));
     fields.insert(ZD_KEY("TagUUID"), nullable(tag.UUID()));
-    return QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("ZDTag"), fields));
+    return fields.object(QStringLiteral("ZDTag"));
 }
 
 QVariant nodeObject(const ZDCategoryNode &node)

@@ -31,11 +31,12 @@ QJsonObject inspectWithPython(const QByteArray &archive)
 import json, plistlib, sys
 p = plistlib.loads(sys.stdin.buffer.read())
 objs = p["$objects"]
-root = objs[p["$top"]["root"].data]
+top = p["$top"]["root"].data
+root = objs[top]
 cls = objs[root["$class"].data]
 print(json.dumps({"archiver": p["$archiver"], "version": p["$version"], "null": objs[0],
                   "classname": cls["$classname"], "classes": cls["$classes"],
-                  "keys": sorted(k for k in root if k != "$class")}))
+                  "keys": sorted(k for k in root if k != "$class"), "first": str(objs[top + 1])}))
 )";
     QProcess python;
     python.start(QStringLiteral(ZD_PYTHON), {QStringLiteral("-c"), QLatin1String(script)});
@@ -146,6 +147,7 @@ TEST_F(RecordArchiveTest, SnippetRoundTripKeepsEveryField)
     const QJsonObject seen = inspectWithPython(ZDRecordArchive::archivedSnippet(*snippet));
     EXPECT_EQ(seen.value("classname").toString(), "ZDSnippet");
     EXPECT_TRUE(seen.value("keys").toVariant().toStringList().contains("com.varnok.Zandrio.Key.SnippetTagUUIDs"));
+    EXPECT_EQ(seen.value("first").toString(), "Title ✓") << "fields are written in the records' order, title first";
 }
 
 TEST_F(RecordArchiveTest, TagAndNodeTreeRoundTrip)

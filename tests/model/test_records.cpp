@@ -274,6 +274,9 @@ TEST_F(CategoryNodeTest, TreeTraversalAndAncestry)
     EXPECT_FALSE(root->isDescendantOfNode(a1));
     EXPECT_FALSE(a1->isDescendantOfNode(nullptr));
 
+    a1->addChild(root);
+    EXPECT_FALSE(root->parentCategoryNode()) << "a node never becomes its own descendant";
+
     b->addChild(a); // moving a folder takes it from its former parent
     EXPECT_EQ(root->children().size(), 1);
     EXPECT_EQ(a->parentCategoryNode(), b);
