@@ -202,6 +202,17 @@ struct Comparer
         return found->match(subject).hasMatch();
     }
 
+    // As in the platform's string searches, an empty string is found nowhere.
+    enum Where { Anywhere, AtStart, AtEnd };
+    bool substring(const QVariant &haystack, const QVariant &needle, Where where) const
+    {
+        if (!isString(haystack) || !isString(needle) || needle.toString().isEmpty())
+            return false;
+        const QString text = fold(haystack.toString());
+        const QString part = fold(needle.toString());
+        return where == AtStart ? text.startsWith(part) : (where == AtEnd ? text.endsWith(part) : text.contains(part));
+    }
+
     bool compare(const QVariant &l, ZDPredicate::Operator op, const QVariant &r) const
     {
         switch (op) {
@@ -232,11 +243,11 @@ struct Comparer
                 }
                 return false;
             }
-            return isString(l) && isString(r) && fold(l.toString()).contains(fold(r.toString()));
+            return substring(l, r, Anywhere);
         case ZDPredicate::BeginsWith:
-            return isString(l) && isString(r) && fold(l.toString()).startsWith(fold(r.toString()));
+            return substring(l, r, AtStart);
         case ZDPredicate::EndsWith:
-            return isString(l) && isString(r) && fold(l.toString()).endsWith(fold(r.toString()));
+            return substring(l, r, AtEnd);
         case ZDPredicate::Like:
             return isString(l) && isString(r) && like(l.toString(), r.toString());
         case ZDPredicate::Matches:
@@ -249,7 +260,7 @@ struct Comparer
                 }
                 return false;
             }
-            return isString(l) && isString(r) && fold(r.toString()).contains(fold(l.toString()));
+            return substring(r, l, Anywhere);
         case ZDPredicate::Between: {
             if (!isList(r))
                 return false;

@@ -117,7 +117,7 @@ QString ZDSnippet::localizedDate() const
 {
     const QDateTime date = canonicalDateModified().toLocalTime();
     const QLocale locale;
-    if (date.date() == QDate::currentDate())
+    if (date.date() == ZDRecordDirectory::now().toLocalTime().date())
         return locale.toString(date.time(), QLocale::ShortFormat);
     return locale.toString(date.date(), QLocale::ShortFormat);
 }

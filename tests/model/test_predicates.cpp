@@ -157,6 +157,7 @@ TEST_F(PredicateSnippetTest, SmartGroupKeys)
     EXPECT_FALSE(matches("NONE parts.language.identifier == 'MarkdownLexer'"));
     EXPECT_TRUE(matches("NOT title IN {'a', 'b'} AND 'pars' IN title"));
     EXPECT_TRUE(matches("partsCount BETWEEN {2, 3}"));
+    EXPECT_FALSE(matches("title CONTAINS '' OR title BEGINSWITH ''")) << "the empty string is found nowhere";
     EXPECT_FALSE(matches("title MATCHES '(unclosed'")) << "a bad regular expression matches nothing";
 }
 
