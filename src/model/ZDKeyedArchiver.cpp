@@ -192,7 +192,7 @@ private:
         case QMetaType::ULongLong:
             return append(plist_new_uint(value.toULongLong()));
         case QMetaType::QDateTime:
-            return encodeDate(value.toDateTime());
+            return value.toDateTime().isValid() ? encodeDate(value.toDateTime()) : 0;
         case QMetaType::QStringList:
         case QMetaType::QVariantList: {
             const QVariantList list = value.toList();

@@ -59,6 +59,7 @@ TEST(KeyedArchiveTest, ValuesRoundTrip)
     map.insert(QStringLiteral("flag"), true);
     map.insert(QStringLiteral("date"), utc(2001, 1, 1, 0, 0, 1, 500));
     map.insert(QStringLiteral("old"), utc(1969, 7, 20, 20, 17, 40));
+    map.insert(QStringLiteral("no date"), QVariant());
     map.insert(QStringLiteral("list"), QVariantList{QStringLiteral("a"), QVariant(), QStringLiteral("a")});
     const QVariant object = QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("Thing"), {{QStringLiteral("k"), 1LL}}));
     map.insert(QStringLiteral("object"), object);
@@ -67,6 +68,10 @@ TEST(KeyedArchiveTest, ValuesRoundTrip)
     ZDError error;
     ASSERT_TRUE(ZDKeyedArchive::unarchive(ZDKeyedArchive::archivedData(map), &decoded, &error)) << error.toString().toStdString();
     const QVariantMap back = decoded.toMap();
+    EXPECT_FALSE(ZDKeyedArchive::archivedData(QDateTime()).isEmpty());
+    QVariant invalidDate = 1;
+    ASSERT_TRUE(ZDKeyedArchive::unarchive(ZDKeyedArchive::archivedData(QDateTime()), &invalidDate));
+    EXPECT_FALSE(invalidDate.isValid()) << "a missing date is written as $null, not as a date";
     for (auto it = map.cbegin(); it != map.cend(); ++it)
         EXPECT_EQ(back.value(it.key()), it.value()) << it.key().toStdString();
     EXPECT_EQ(back.value("object").value<ZDArchivedObject>().classes, QStringList({"Thing", "NSObject"}));
