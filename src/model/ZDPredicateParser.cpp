@@ -8,7 +8,30 @@
 
 namespace {
 
-constexpr int kMaximumNesting = 100;
+// Two limits: the parser's own recursion (brackets, NOT, unary minus), which keeps hostile text
+// from exhausting the stack, and the depth of the parsed tree. Printing a tree never needs more
+// than two levels of recursion per level of tree, so every accepted predicate prints to a
+// string that is accepted again.
+constexpr int kMaximumNesting = 400;
+constexpr int kMaximumTreeDepth = 100;
+
+int treeDepth(const ZDExpression &expression)
+{
+    int deepest = 0;
+    for (const ZDExpression &argument : expression.arguments)
+        deepest = std::max(deepest, treeDepth(argument));
+    return deepest + 1;
+}
+
+int treeDepth(const ZDPredicate &predicate)
+{
+    if (predicate.kind() == ZDPredicate::Comparison)
+        return 1 + std::max(treeDepth(predicate.leftExpression()), treeDepth(predicate.rightExpression()));
+    int deepest = 0;
+    for (const ZDPredicate &term : predicate.subpredicates())
+        deepest = std::max(deepest, treeDepth(term));
+    return deepest + 1;
+}
 constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
 
 struct Token
@@ -64,6 +87,8 @@ public:
             return std::nullopt;
         if (current().type != Token::End)
             return fail(QStringLiteral("unexpected text"));
+        if (treeDepth(*predicate) > kMaximumTreeDepth)
+            return fail(QStringLiteral("nested too deeply"));
         return predicate;
     }
 
@@ -336,8 +361,7 @@ private:
         return false;
     }
 
-    // Nesting is counted per NOT, unary minus and bracket, the constructs that recurse, so
-    // that a printed predicate (which never nests deeper than its source) parses again.
+    // Recursion is counted per NOT, unary minus and bracket, the constructs that recurse.
     bool deeper()
     {
         return m_depth <= kMaximumNesting || (fail(QStringLiteral("nested too deeply")), false);

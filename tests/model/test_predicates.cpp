@@ -80,9 +80,9 @@ TEST(PredicateParseTest, UnreadableStringsAreErrors)
 
 TEST(PredicateParseTest, WhatParsesAtTheNestingLimitPrintsToSomethingThatParses)
 {
-    for (const QString &format : QStringList{QString(100, QLatin1Char('-')) + QStringLiteral("m == 1"),
-                                  QString(100, QLatin1Char('!')) + QStringLiteral("m == 1"),
-                                  QString(100, QLatin1Char('(')) + QStringLiteral("m == 1") + QString(100, QLatin1Char(')'))}) {
+    for (const QString &format : QStringList{QString(96, QLatin1Char('-')) + QStringLiteral("m / n * o == 1"),
+                                  QString(98, QLatin1Char('!')) + QStringLiteral("m == 1"),
+                                  QString(300, QLatin1Char('(')) + QStringLiteral("m == 1") + QString(300, QLatin1Char(')'))}) {
         const ZDPredicate predicate = parsed(format);
         EXPECT_EQ(parsed(predicate.predicateFormat()), predicate);
     }
