@@ -1,5 +1,7 @@
 #include "ZDPredicate.h"
 
+#include "ZDPredicateLexer.h"
+
 #include <QSet>
 
 #include <cmath>
@@ -72,28 +74,12 @@ QString numberText(const QVariant &value)
     return QString::number(number, 'g', 17);
 }
 
-const QSet<QString> &printReservedWords()
-{
-    static const QSet<QString> words = {
-        QStringLiteral("AND"), QStringLiteral("OR"), QStringLiteral("IN"), QStringLiteral("NOT"),
-        QStringLiteral("ALL"), QStringLiteral("ANY"), QStringLiteral("SOME"), QStringLiteral("NONE"),
-        QStringLiteral("LIKE"), QStringLiteral("CASEINSENSITIVE"), QStringLiteral("CI"),
-        QStringLiteral("MATCHES"), QStringLiteral("CONTAINS"), QStringLiteral("BEGINSWITH"),
-        QStringLiteral("ENDSWITH"), QStringLiteral("BETWEEN"), QStringLiteral("NULL"), QStringLiteral("NIL"),
-        QStringLiteral("SELF"), QStringLiteral("TRUE"), QStringLiteral("YES"), QStringLiteral("FALSE"),
-        QStringLiteral("NO"), QStringLiteral("FIRST"), QStringLiteral("LAST"), QStringLiteral("SIZE"),
-        QStringLiteral("ANYKEY"), QStringLiteral("SUBQUERY"), QStringLiteral("FETCH"), QStringLiteral("CAST"),
-        QStringLiteral("TRUEPREDICATE"), QStringLiteral("FALSEPREDICATE"), QStringLiteral("FUNCTION")};
-    return words;
-}
-
 QString keyPathText(const QString &path)
 {
     QStringList segments = path.split(QLatin1Char('.'));
     for (QString &segment : segments) {
-        const bool plain = !segment.isEmpty()
-            && (segment.front().isLetter() || segment.front() == QLatin1Char('_') || segment.front() == QLatin1Char('@'));
-        if (!plain || printReservedWords().contains(segment.toUpper()) || segment == QLatin1String("now"))
+        const bool plain = !segment.isEmpty() && zdPredicateIdentifierStart(segment.front());
+        if (!plain || zdPredicateReservedWords().contains(segment.toUpper()) || segment == QLatin1String("now"))
             segment.prepend(QLatin1Char('#'));
     }
     return segments.join(QLatin1Char('.'));

@@ -1,7 +1,8 @@
 #include "ZDPredicate.h"
 
+#include "ZDPredicateLexer.h"
+
 #include <QDateTime>
-#include <QSet>
 
 #include <algorithm>
 #include <optional>
@@ -32,42 +33,10 @@ int treeDepth(const ZDPredicate &predicate)
         deepest = std::max(deepest, treeDepth(term));
     return deepest + 1;
 }
+
 constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
 
-struct Token
-{
-    enum Type { End, Identifier, String, Number, Symbol, Argument, KeyArgument };
-    Type type = End;
-    QString text;   // identifier (without '#'), symbol, string value
-    QVariant number;
-    bool escaped = false; // an identifier written with '#', never a keyword
-    qsizetype position = 0;
-};
-
-const QSet<QString> &reservedWords()
-{
-    static const QSet<QString> words = {
-        QStringLiteral("AND"), QStringLiteral("OR"), QStringLiteral("IN"), QStringLiteral("NOT"),
-        QStringLiteral("ALL"), QStringLiteral("ANY"), QStringLiteral("SOME"), QStringLiteral("NONE"),
-        QStringLiteral("LIKE"), QStringLiteral("CASEINSENSITIVE"), QStringLiteral("CI"),
-        QStringLiteral("MATCHES"), QStringLiteral("CONTAINS"), QStringLiteral("BEGINSWITH"),
-        QStringLiteral("ENDSWITH"), QStringLiteral("BETWEEN"), QStringLiteral("NULL"), QStringLiteral("NIL"),
-        QStringLiteral("SELF"), QStringLiteral("TRUE"), QStringLiteral("YES"), QStringLiteral("FALSE"),
-        QStringLiteral("NO"), QStringLiteral("FIRST"), QStringLiteral("LAST"), QStringLiteral("SIZE"),
-        QStringLiteral("ANYKEY"), QStringLiteral("SUBQUERY"), QStringLiteral("FETCH"), QStringLiteral("CAST"),
-        QStringLiteral("TRUEPREDICATE"), QStringLiteral("FALSEPREDICATE"), QStringLiteral("FUNCTION")};
-    return words;
-}
-
-bool isIdentifierStart(QChar c)
-{
-    return c.isLetter() || c == QLatin1Char('_') || c == QLatin1Char('@');
-}
-
-bool isIdentifierPart(QChar c)
-{
-    return c.isLetterOrNumber() || c == QLatin1Char('_') || c == QLatin1Char('@') || c.isMark();
-}
+using Token = ZDPredicateToken;
 
 class Parser
 {
@@ -80,8 +49,14 @@ public:
 
     std::optional<ZDPredicate> run()
     {
-        if (!tokenize() || !matchBrackets())
+        ZDPredicateLexer lexer(m_source);
+        if (!lexer.run()) {
+            failure = lexer.failure;
+            failurePosition = lexer.failurePosition;
             return std::nullopt;
+        }
+        m_tokens = lexer.tokens();
+        m_match = lexer.matches();
         std::optional<ZDPredicate> predicate = parseOr();
         if (!predicate)
             return std::nullopt;
@@ -96,8 +71,6 @@ public:
     qsizetype failurePosition = 0;
 
 private:
-    // --- Tokens ---------------------------------------------------------------------------
-
     std::nullopt_t fail(const QString &reason)
     {
         if (failure.isEmpty()) {
@@ -105,189 +78,6 @@ private:
             failurePosition = m_index < m_tokens.size() ? m_tokens[m_index].position : m_source.size();
         }
         return std::nullopt;
-    }
-
-    bool failLexing(const QString &reason, qsizetype position)
-    {
-        failure = reason;
-        failurePosition = position;
-        return false;
-    }
-
-    bool tokenize()
-    {
-        const QString &s = m_source;
-        qsizetype i = 0;
-        while (i < s.size()) {
-            const QChar c = s[i];
-            if (c.isSpace()) {
-                ++i;
-                continue;
-            }
-            Token token;
-            token.position = i;
-            if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
-                if (!lexString(i, &token))
-                    return false;
-            } else if (c.isDigit()) {
-                lexNumber(i, &token);
-            } else if (c == QLatin1Char('#') || isIdentifierStart(c)) {
-                token.type = Token::Identifier;
-                if (c == QLatin1Char('#')) {
-                    token.escaped = true;
-                    ++i;
-                }
-                const qsizetype start = i;
-                while (i < s.size() && isIdentifierPart(s[i]))
-                    ++i;
-                if (i == start)
-                    return failLexing(QStringLiteral("'#' without a name"), start);
-                token.text = s.mid(start, i - start);
-            } else if (c == QLatin1Char('%')) {
-                const QChar next = i + 1 < s.size() ? s[i + 1] : QChar();
-                if (next == QLatin1Char('@'))
-                    token.type = Token::Argument;
-                else if (next == QLatin1Char('K'))
-                    token.type = Token::KeyArgument;
-                else
-                    return failLexing(QStringLiteral("unknown format specifier"), i);
-                i += 2;
-            } else {
-                static const char *const symbols[] = {"==", "!=", "<>", "<=", "=<", ">=", "=>", "&&", "||",
-                                                      "=", "<", ">", "!", "(", ")", "{", "}", ",", ".",
-                                                      "+", "-", "*", "/", "[", "]"};
-                bool found = false;
-                for (const char *symbol : symbols) {
-                    const QLatin1String text(symbol);
-                    if (QStringView(s).mid(i).startsWith(text)) {
-                        token.type = Token::Symbol;
-                        token.text = text;
-                        i += text.size();
-                        found = true;
-                        break;
-                    }
-                }
-                if (!found)
-                    return failLexing(QStringLiteral("unexpected character '%1'").arg(c), i);
-            }
-            m_tokens.append(token);
-        }
-        Token end;
-        end.position = s.size();
-        m_tokens.append(end);
-        return true;
-    }
-
-    bool lexString(qsizetype &i, Token *token)
-    {
-        const QString &s = m_source;
-        const QChar quote = s[i++];
-        QString value;
-        while (true) {
-            if (i >= s.size())
-                return failLexing(QStringLiteral("unterminated string"), token->position);
-            const QChar c = s[i++];
-            if (c == quote)
-                break;
-            if (c != QLatin1Char('\\')) {
-                value.append(c);
-                continue;
-            }
-            if (i >= s.size())
-                return failLexing(QStringLiteral("unterminated string"), token->position);
-            const QChar e = s[i++];
-            switch (e.unicode()) {
-            case 'n': value.append(QLatin1Char('\n')); break;
-            case 't': value.append(QLatin1Char('\t')); break;
-            case 'r': value.append(QLatin1Char('\r')); break;
-            case '0': value.append(QChar(0)); break;
-            case 'u': {
-                bool ok = false;
-                const uint code = s.mid(i, 4).toUInt(&ok, 16);
-                if (!ok || s.mid(i, 4).size() != 4)
-                    return failLexing(QStringLiteral("bad \\u escape"), i);
-                value.append(QChar(char16_t(code)));
-                i += 4;
-                break;
-            }
-            default: value.append(e); break;
-            }
-        }
-        token->type = Token::String;
-        token->text = value;
-        return true;
-    }
-
-    void lexNumber(qsizetype &i, Token *token)
-    {
-        const QString &s = m_source;
-        const qsizetype start = i;
-        token->type = Token::Number;
-        if (s[i] == QLatin1Char('0') && i + 1 < s.size() && (s[i + 1] == QLatin1Char('x') || s[i + 1] == QLatin1Char('X'))) {
-            i += 2;
-            while (i < s.size() && (s[i].isDigit() || QStringLiteral("abcdefABCDEF").contains(s[i])))
-                ++i;
-            bool ok = false;
-            const qulonglong value = s.mid(start + 2, i - start - 2).toULongLong(&ok, 16);
-            token->number = ok ? QVariant(qlonglong(value)) : QVariant(0LL);
-            return;
-        }
-        bool real = false;
-        while (i < s.size() && s[i].isDigit())
-            ++i;
-        if (i + 1 < s.size() && s[i] == QLatin1Char('.') && s[i + 1].isDigit()) {
-            real = true;
-            ++i;
-            while (i < s.size() && s[i].isDigit())
-                ++i;
-        }
-        if (i < s.size() && (s[i] == QLatin1Char('e') || s[i] == QLatin1Char('E'))) {
-            qsizetype j = i + 1;
-            if (j < s.size() && (s[j] == QLatin1Char('+') || s[j] == QLatin1Char('-')))
-                ++j;
-            if (j < s.size() && s[j].isDigit()) {
-                real = true;
-                i = j;
-                while (i < s.size() && s[i].isDigit())
-                    ++i;
-            }
-        }
-        const QString text = s.mid(start, i - start);
-        bool ok = false;
-        if (!real) {
-            const qlonglong value = text.toLongLong(&ok);
-            if (ok) {
-                token->number = value;
-                return;
-            }
-        }
-        token->number = text.toDouble();
-    }
-
-    bool matchBrackets()
-    {
-        QList<qsizetype> open;
-        m_match.fill(-1, m_tokens.size());
-        for (qsizetype i = 0; i < m_tokens.size(); ++i) {
-            const Token &t = m_tokens[i];
-            if (t.type != Token::Symbol)
-                continue;
-            if (t.text == QLatin1String("(") || t.text == QLatin1String("{")) {
-                open.append(i);
-            } else if (t.text == QLatin1String(")") || t.text == QLatin1String("}")) {
-                const QString expected = t.text == QLatin1String(")") ? QStringLiteral("(") : QStringLiteral("{");
-                if (open.isEmpty() || m_tokens[open.last()].text != expected) {
-                    m_index = i;
-                    return (fail(QStringLiteral("unbalanced brackets")), false);
-                }
-                m_match[open.takeLast()] = i;
-            }
-        }
-        if (!open.isEmpty()) {
-            m_index = open.last();
-            return (fail(QStringLiteral("unbalanced brackets")), false);
-        }
-        return true;
     }
 
     const Token &current() const { return m_tokens[m_index]; }
@@ -305,7 +95,7 @@ private:
     }
     bool isReserved(const Token &t) const
     {
-        return t.type == Token::Identifier && !t.escaped && reservedWords().contains(t.text.toUpper());
+        return t.type == Token::Identifier && !t.escaped && zdPredicateReservedWords().contains(t.text.toUpper());
     }
     bool acceptSymbol(const char *symbol)
     {
@@ -577,8 +367,8 @@ private:
                 return fail(QStringLiteral("missing argument for %K"));
             const QString path = m_arguments[m_nextArgument++].toString();
             for (const QString &segment : path.split(QLatin1Char('.'))) {
-                if (segment.isEmpty() || !isIdentifierStart(segment.front())
-                    || !std::all_of(segment.begin(), segment.end(), isIdentifierPart))
+                if (segment.isEmpty() || !zdPredicateIdentifierStart(segment.front())
+                    || !std::all_of(segment.begin(), segment.end(), zdPredicateIdentifierPart))
                     return fail(QStringLiteral("'%1' is not a key path").arg(path));
             }
             return continueKeyPath(path);
