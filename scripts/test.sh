@@ -5,6 +5,8 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${ZANDRIO_TEST_BUILD_DIR:-$root/build}"
 "$root/scripts/build.sh" "$build"
+# The libFuzzer targets build with clang in a tree of their own beside the main one.
+"$root/tests/fuzz/build-fuzzers.sh" "$build"
 export QT_QPA_PLATFORM=offscreen
 cd "$build"
 ctest --output-on-failure -j "$(nproc)" "$@"
