@@ -20,6 +20,8 @@ ZDChildCountOfMarkdownSource(source)
 Arguments may be str or UTF-8 bytes.
 """
 
+import itertools
+import re
 from html.parser import HTMLParser
 
 import pygments.lexers
@@ -48,29 +50,46 @@ def _lexer_named(name):
     return lexer
 
 
+_ASTRAL = re.compile("[\U00010000-\U0010FFFF]")
+
+
 def _utf16_length(text):
-    if text.isascii():
-        return len(text)
-    return len(text.encode("utf-16-le")) // 2
+    return len(text) + len(_ASTRAL.findall(text))
+
+
+def _prepared(lexer, text):
+    """The text as Lexer.get_tokens prepares it before lexing (default options keep it close)."""
+    if text.startswith("\ufeff"):
+        text = text[1:]
+    text = text.replace("\r\n", "\n").replace("\r", "\n")
+    if lexer.stripall:
+        text = text.strip()
+    elif lexer.stripnl:
+        text = text.strip("\n")
+    if lexer.tabsize > 0:
+        text = text.expandtabs(lexer.tabsize)
+    if lexer.ensurenl and not text.endswith("\n"):
+        text += "\n"
+    return text
 
 
 def ZDHighlight(code, lexer_name):
     code = _text(code)
     lexer = _lexer_named(_text(lexer_name))
-    parts = []
-    append = parts.append
-    position = 0
-    names = {}
-    for token_type, value in lexer.get_tokens(code):
-        if not value:
-            continue
-        length = _utf16_length(value)
-        name = names.get(token_type)
-        if name is None:
-            name = names[token_type] = str(token_type)
-        append("{'begin': %d, 'length': %d, 'class': '%s'}" % (position, length, name))
-        position += length
-    return "[" + ", ".join(parts) + "]"
+    if lexer.filters:
+        tokens = [token for token in lexer.get_tokens(code) if token[1]]
+    else:
+        # The same tokens as get_tokens, without its extra generator layer.
+        tokens = [(kind, value) for _, kind, value in lexer.get_tokens_unprocessed(_prepared(lexer, code)) if value]
+    if not tokens:
+        return "[]"
+    kinds, values = zip(*tokens)
+    # The loops below run in C; a long text has tens of thousands of tokens.
+    measure = len if code.isascii() or not _ASTRAL.search(code) else _utf16_length
+    lengths = list(map(measure, values))
+    begins = itertools.accumulate(lengths, initial=0)
+    templates = {kind: "{'begin': %d, 'length': %d, 'class': '" + str(kind) + "'}" for kind in set(kinds)}
+    return "[" + ", ".join(map(str.__mod__, map(templates.__getitem__, kinds), zip(begins, lengths))) + "]"
 
 
 def _markdown_renderer():

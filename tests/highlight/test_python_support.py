@@ -30,6 +30,20 @@ class HighlightTest(unittest.TestCase):
         self.assertEqual(len(number), 1)
         self.assertEqual(code.encode("utf-16-le")[2 * number[0]["begin"]:2 * number[0]["begin"] + 2], b"1\x00")
 
+    def test_same_rules_as_a_plain_walk_over_get_tokens(self):
+        # The module lexes without get_tokens' wrapper; it must prepare the text the same way.
+        import pygments.lexers
+        cases = [("\n\n\r\nx = '\U0001F600'\r\n\ty\n\n", "PythonLexer"), ("\ufeff<?php echo 1;", "PhpLexer"),
+                 ("# T\n**b** _e_", "MarkdownLexer"), ("", "PythonLexer"), ("a {\n}\n", "CssLexer")]
+        for code, name in cases:
+            expected, position = [], 0
+            for kind, value in getattr(pygments.lexers, name)().get_tokens(code):
+                if value:
+                    length = len(value.encode("utf-16-le")) // 2
+                    expected.append({"begin": position, "length": length, "class": str(kind)})
+                    position += length
+            self.assertEqual(self.rules(code, name), expected, (code, name))
+
     def test_output_uses_single_quotes_only(self):
         text = support.ZDHighlight("int main() { return 0; }", "CLexer")
         self.assertNotIn('"', text)
