@@ -5,6 +5,8 @@
 
 #include "ZDDocumentHighlighter.h"
 #include "ZDHighlighter.h"
+#include "ZDPythonInterpreter.h"
+#include "ZDSerialQueue.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -86,6 +88,32 @@ print(median_time(lambda text: list(lexer.get_tokens(text))),
     const QList<QByteArray> figures = python.readAllStandardOutput().trimmed().split(' ');
     return {figures.value(0).toDouble(), figures.value(1).toDouble()};
 }
+// Pygments alone inside the embedded interpreter (the same shared libpython as the bridge),
+// through a module of our own: median seconds per text. Needs no other interpreter alive.
+double embeddedPygmentsSeconds(const QStringList &texts)
+{
+    QTemporaryDir dir;
+    QFile module(dir.filePath(QStringLiteral("ZDBenchPygments.py")));
+    module.open(QIODevice::WriteOnly);
+    module.write("from pygments.lexers import PythonLexer\n"
+                 "lexer = PythonLexer()\n"
+                 "def lex(code):\n"
+                 "    return str(len(list(lexer.get_tokens(code))))\n");
+    module.close();
+    ZDPythonInterpreter python(dir.path(), QStringLiteral("ZDBenchPygments"), {QStringLiteral("lex")});
+    std::vector<double> times;
+    python.queue().sync([&] {
+        python.callForString(QStringLiteral("lex"), {texts.first().toUtf8()});
+        for (const QString &text : texts) {
+            const QByteArray utf8 = text.toUtf8();
+            QElapsedTimer timer;
+            timer.start();
+            python.callForString(QStringLiteral("lex"), {utf8});
+            times.push_back(timer.nsecsElapsed() / 1e9);
+        }
+    });
+    return median(times);
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -93,13 +121,15 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(3, atoi(argv[1])) : 15;
-    ZDHighlighter highlighter;
+    auto owned = std::make_unique<ZDHighlighter>();
+    ZDHighlighter &highlighter = *owned;
     if (!highlighter.isLoaded()) {
         std::fprintf(stderr, "the support module did not load\n");
         return 1;
     }
 
     // 1. Bridge against Pygments alone. Every text differs, so no result comes from the cache.
+    QList<QPair<QStringList, double>> measured;
     for (const qsizetype size : {qsizetype(5 * 1024), qsizetype(50 * 1024)}) {
         QStringList texts;
         for (int i = 0; i < rounds; ++i)
@@ -119,36 +149,48 @@ int main(int argc, char *argv[])
                     "(target <= 1.15x); support module alone %.2f ms\n",
                     static_cast<long long>(size / 1024), ruleCount, through * 1e3, direct.pygments * 1e3,
                     through / direct.pygments, direct.module * 1e3);
+        measured.append({texts, through});
     }
 
     // 2. Partial re-highlight after typing one character in a 5,000-line text.
-    QString text;
-    for (int i = 0; text.count(QLatin1Char('\n')) < 5000; ++i)
-        text += pythonSource(1, i);
-    QTextDocument document;
-    document.setPlainText(text);
-    ZDDocumentHighlighter documentHighlighter(&document, &highlighter);
-    documentHighlighter.setCurrentLexer(QStringLiteral("PythonLexer"));
-    QElapsedTimer whole;
-    whole.start();
-    documentHighlighter.updateHighlightAsync(false);
-    const double wholeMs = whole.nsecsElapsed() / 1e6;
+    {
+        QString text;
+        for (int i = 0; text.count(QLatin1Char('\n')) < 5000; ++i)
+            text += pythonSource(1, i);
+        QTextDocument document;
+        document.setPlainText(text);
+        ZDDocumentHighlighter documentHighlighter(&document, &highlighter);
+        documentHighlighter.setCurrentLexer(QStringLiteral("PythonLexer"));
+        QElapsedTimer whole;
+        whole.start();
+        documentHighlighter.updateHighlightAsync(false);
+        const double wholeMs = whole.nsecsElapsed() / 1e6;
 
-    std::vector<double> partial;
-    const int lines = document.blockCount();
-    for (int i = 0; i < rounds; ++i) {
-        QTextCursor cursor(document.findBlockByNumber(lines * (i + 1) / (rounds + 2)));
-        cursor.movePosition(QTextCursor::EndOfBlock);
-        QElapsedTimer timer;
-        timer.start();
-        cursor.insertText(QStringLiteral("x"));
-        partial.push_back(timer.nsecsElapsed() / 1e6);
+        std::vector<double> partial;
+        const int lines = document.blockCount();
+        for (int i = 0; i < rounds; ++i) {
+            QTextCursor cursor(document.findBlockByNumber(lines * (i + 1) / (rounds + 2)));
+            cursor.movePosition(QTextCursor::EndOfBlock);
+            QElapsedTimer timer;
+            timer.start();
+            cursor.insertText(QStringLiteral("x"));
+            partial.push_back(timer.nsecsElapsed() / 1e6);
+        }
+        std::printf("whole text of %d lines (%lld characters): %.1f ms; mode after an edit: %s\n", lines,
+                    static_cast<long long>(text.size()), wholeMs,
+                    documentHighlighter.updateModeOnTextEditedByUser() == ZDDocumentHighlighter::UpdateMode::Partial
+                        ? "partial" : "full");
+        std::printf("partial re-highlight after a one-character edit: median %.2f ms, worst %.2f ms (target <= 20 ms)\n",
+                    median(partial), *std::max_element(partial.begin(), partial.end()));
     }
-    std::printf("whole text of %d lines (%lld characters): %.1f ms; mode after an edit: %s\n", lines,
-                static_cast<long long>(text.size()), wholeMs,
-                documentHighlighter.updateModeOnTextEditedByUser() == ZDDocumentHighlighter::UpdateMode::Partial
-                    ? "partial" : "full");
-    std::printf("partial re-highlight after a one-character edit: median %.2f ms, worst %.2f ms (target <= 20 ms)\n",
-                median(partial), *std::max_element(partial.begin(), partial.end()));
+
+    // 3. The same lexing inside the embedded interpreter, once the bridge's is gone: how much of
+    // the difference is the shared interpreter library itself.
+    owned.reset();
+    for (const auto &[texts, through] : measured) {
+        const double embedded = embeddedPygmentsSeconds(texts);
+        std::printf("Pygments alone in the embedded interpreter, %3lld KB: %.2f ms; bridge over it %.3fx\n",
+                    static_cast<long long>(texts.first().size() / 1024), embedded * 1e3, through / embedded);
+    }
     return 0;
 }

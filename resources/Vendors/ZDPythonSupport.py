@@ -77,16 +77,22 @@ def ZDHighlight(code, lexer_name):
     code = _text(code)
     lexer = _lexer_named(_text(lexer_name))
     if lexer.filters:
-        tokens = [token for token in lexer.get_tokens(code) if token[1]]
+        stream = ((0, kind, value) for kind, value in lexer.get_tokens(code))
     else:
         # The same tokens as get_tokens, without its extra generator layer.
-        tokens = [(kind, value) for _, kind, value in lexer.get_tokens_unprocessed(_prepared(lexer, code)) if value]
-    if not tokens:
+        stream = lexer.get_tokens_unprocessed(_prepared(lexer, code))
+    columns = list(zip(*stream))
+    if not columns:
         return "[]"
-    kinds, values = zip(*tokens)
+    _, kinds, values = columns
     # The loops below run in C; a long text has tens of thousands of tokens.
     measure = len if code.isascii() or not _ASTRAL.search(code) else _utf16_length
     lengths = list(map(measure, values))
+    if 0 in lengths:
+        kept = [(kind, length) for kind, length in zip(kinds, lengths) if length]
+        if not kept:
+            return "[]"
+        kinds, lengths = zip(*kept)
     begins = itertools.accumulate(lengths, initial=0)
     templates = {kind: "{'begin': %d, 'length': %d, 'class': '" + str(kind) + "'}" for kind in set(kinds)}
     return "[" + ", ".join(map(str.__mod__, map(templates.__getitem__, kinds), zip(begins, lengths))) + "]"
