@@ -1,3 +1,4 @@
+#include "ZDAnalytics.h"
 #include "ZDHighlighter.h"
 
 #include <QDir>
@@ -45,10 +46,16 @@ def ZDMarkdownParse(source):
 def ZDChildCountOfMarkdownSource(source):
     return 'many'
 )");
+    ZDAnalytics analytics;
+    analytics.setConsentProvider([] { return true; });
+    ZDAnalytics::install(&analytics);
     ZDHighlighter highlighter(vendors);
     ASSERT_TRUE(highlighter.isLoaded());
     for (const char *lexer : {"Object", "Quoted", "Number", "Raise"})
         EXPECT_TRUE(highlighter.highlightCode(QStringLiteral("x"), QString::fromLatin1(lexer)).isEmpty()) << lexer;
+    // Only the unparsable output is reported.
+    EXPECT_EQ(analytics.rateLimiter().lastMinuteEvents(QStringLiteral("PygmentsErr")).size(), 1);
+    ZDAnalytics::install(nullptr);
     EXPECT_EQ(highlighter.parseMarkdown(QStringLiteral("# x")), QString());
     EXPECT_EQ(highlighter.childCount(QStringLiteral("a")), 0u);
     // The interpreter is still usable after the failures.
