@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
@@ -35,6 +36,7 @@ ZDDocumentHighlighter::ZDDocumentHighlighter(QTextDocument *document, ZDHighligh
     m_palette.colorForType = [](const QString &) { return QColor(Qt::black); };
     m_palette.foregroundColor = Qt::black;
     m_palette.invisibleCharacterColor = Qt::gray;
+    m_palette.linkTextColor = Qt::blue;
     m_classNames = {QString(), QString()};
     m_classColors = {QColor(), QColor()};
 
@@ -43,6 +45,7 @@ ZDDocumentHighlighter::ZDDocumentHighlighter(QTextDocument *document, ZDHighligh
     const qsizetype length = document->characterCount() - 1;
     m_classes.assign(size_t(length), kForeground);
     m_contextual.assign(size_t(length), 0);
+    m_links.assign(size_t(length), 0);
     connect(document, &QTextDocument::contentsChange, this, &ZDDocumentHighlighter::onContentsChange);
     // Replacing the whole text reports only the removal; the insertion shows in the length.
     connect(document, &QTextDocument::contentsChanged, this, [this] {
@@ -93,9 +96,7 @@ void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool asyn
     }
     if (lexer == kTextLexer || !m_highlighter) {
         setClassForRange(range.location, range.length, kForeground);
-        if (m_showInvisibles)
-            colorInvisibleCharactersInRange(range);
-        flushFormats();
+        finishColoring(range);
         return;
     }
 
@@ -121,10 +122,17 @@ void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool asyn
 void ZDDocumentHighlighter::applyRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed)
 {
     processRules(rules, range, phpPrefixed);
+    finishColoring(range);
+    Q_EMIT highlightApplied();
+}
+
+void ZDDocumentHighlighter::finishColoring(ZDTextRange range)
+{
     if (m_showInvisibles)
         colorInvisibleCharactersInRange(range);
+    if (m_detectLinks)
+        detectLinksInRange(range);
     flushFormats();
-    Q_EMIT highlightApplied();
 }
 
 void ZDDocumentHighlighter::updateHighlightAsync(std::optional<bool> async)
@@ -243,6 +251,27 @@ void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDTextRange range)
     markDirty(range.location, range.length);
 }
 
+void ZDDocumentHighlighter::detectLinksInRange(ZDTextRange range)
+{
+    static const QRegularExpression link(
+        QStringLiteral("\\b(?:(?:https?|ftp|file)://|mailto:|www\\.)[^\\s<>\"'`]+"));
+    const QString text = m_document->toPlainText();
+    const qsizetype start = range.location > 0 ? text.lastIndexOf(QLatin1Char('\n'), range.location - 1) + 1 : 0;
+    qsizetype end = text.indexOf(QLatin1Char('\n'), std::min(range.end(), qsizetype(text.size())));
+    if (end < 0)
+        end = text.size();
+    std::fill(m_links.begin() + start, m_links.begin() + end, 0);
+    for (auto match = link.globalMatch(QStringView(text).mid(start, end - start)); match.hasNext();) {
+        const QRegularExpressionMatch found = match.next();
+        qsizetype length = found.capturedLength();
+        // Sentence punctuation after an address is not part of it.
+        while (length > 0 && QStringLiteral(".,;:!?)]}").contains(text.at(start + found.capturedStart() + length - 1)))
+            --length;
+        std::fill_n(m_links.begin() + start + found.capturedStart(), length, 1);
+    }
+    markDirty(start, end - start);
+}
+
 // The model -------------------------------------------------------------------------------------
 
 void ZDDocumentHighlighter::setClassForRange(qsizetype location, qsizetype length, quint16 classId)
@@ -293,6 +322,11 @@ QColor ZDDocumentHighlighter::colorAt(qsizetype index) const
     return colorForClassId(m_classes[size_t(index)]);
 }
 
+bool ZDDocumentHighlighter::isLinkIndex(qsizetype index) const
+{
+    return index >= 0 && index < textLength() && m_links[size_t(index)];
+}
+
 bool ZDDocumentHighlighter::isContextualIndex(qsizetype index) const
 {
     return index >= 0 && index < textLength() && m_contextual[size_t(index)];
@@ -331,10 +365,13 @@ void ZDDocumentHighlighter::flushFormats()
         qsizetype runStart = blockStart;
         while (runStart < blockEnd) {
             const quint16 id = m_classes[size_t(runStart)];
+            const char isLink = m_links[size_t(runStart)];
             qsizetype runEnd = runStart + 1;
-            while (runEnd < blockEnd && m_classes[size_t(runEnd)] == id)
+            while (runEnd < blockEnd && m_classes[size_t(runEnd)] == id && m_links[size_t(runEnd)] == isLink)
                 ++runEnd;
-            format.setForeground(colorForClassId(id));
+            format.setForeground(isLink ? m_palette.linkTextColor : colorForClassId(id));
+            format.setFontUnderline(isLink);
+            format.setAnchor(isLink);
             ranges.append({int(runStart - blockStart), int(runEnd - runStart), format});
             runStart = runEnd;
         }

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -31,7 +32,16 @@ struct ZDHighlightPalette
     std::function<QColor(const QString &tokenClass)> colorForType;
     QColor foregroundColor;
     QColor invisibleCharacterColor;
+    QColor linkTextColor;
 };
+
+/// The palette of an editor theme (any type with the editor theme's colour accessors).
+template<typename Theme>
+ZDHighlightPalette zdHighlightPaletteOfTheme(std::shared_ptr<const Theme> theme)
+{
+    return {[theme](const QString &tokenClass) { return theme->colorForType(tokenClass); },
+            theme->foregroundColor(), theme->invisibleCharacterColor(), theme->linkTextColor()};
+}
 
 /// Keeps a QTextDocument highlighted through the highlighter bridge, without a widget.
 ///
@@ -65,6 +75,9 @@ public:
     QString currentLexer() const;
     void setShowInvisibles(bool show) { m_showInvisibles = show; }
     bool showInvisibles() const { return m_showInvisibles; }
+    /// Marks web and mail addresses as links (underlined, in the link colour) when colouring.
+    void setAutomaticLinkDetection(bool detect) { m_detectLinks = detect; }
+    bool automaticLinkDetection() const { return m_detectLinks; }
 
     // Requesting highlighting.
     void updateHighlightForRange(ZDTextRange range, bool async);
@@ -75,6 +88,8 @@ public:
     /// Applies rules given in text positions.
     void highlightWithRules(const ZDHighlightRules &rules);
     void colorInvisibleCharactersInRange(ZDTextRange range);
+    /// Finds the links of the lines the range touches.
+    void detectLinksInRange(ZDTextRange range);
 
     // Following edits (called by the document's change signal).
     void textDidChangeInRange(ZDTextRange editedRange, qsizetype originalStringLength,
@@ -93,6 +108,7 @@ public:
     QString tokenClassAt(qsizetype index) const;
     QColor colorAt(qsizetype index) const;
     bool isContextualIndex(qsizetype index) const;
+    bool isLinkIndex(qsizetype index) const;
     qsizetype contextualIndexCount() const;
     QString lastLexer() const { return m_lastLexer; }
     qsizetype lastContentLength() const { return m_lastContentLength; }
@@ -109,6 +125,7 @@ private:
     qsizetype textLength() const { return qsizetype(m_classes.size()); }
     QString codeForRange(const QString &text, ZDTextRange range, bool *phpPrefixed) const;
     void applyRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed);
+    void finishColoring(ZDTextRange range);
     void setClassForRange(qsizetype location, qsizetype length, quint16 classId);
     quint16 classIdForType(const QString &tokenClass);
     QColor colorForClassId(quint16 classId) const;
@@ -124,9 +141,11 @@ private:
     ZDHighlightPalette m_palette;
     QString m_lexer;
     bool m_showInvisibles = false;
+    bool m_detectLinks = false;
 
     std::vector<quint16> m_classes;  // token type of each character
     std::vector<char> m_contextual;  // inside a comment or a string
+    std::vector<char> m_links;       // part of a detected link
     QStringList m_classNames;        // by class id
     QHash<QString, quint16> m_classIds;
     mutable QList<QColor> m_classColors; // by class id, resolved on first use

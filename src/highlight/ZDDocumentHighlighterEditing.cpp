@@ -43,6 +43,8 @@ void ZDDocumentHighlighter::textDidChangeInRange(ZDTextRange editedRange, qsizet
     m_classes.insert(m_classes.begin() + location, size_t(replacementStringLength), inherited);
     m_contextual.erase(m_contextual.begin() + location, m_contextual.begin() + location + size_t(editedRange.length));
     m_contextual.insert(m_contextual.begin() + location, size_t(replacementStringLength), 0);
+    m_links.erase(m_links.begin() + location, m_links.begin() + location + size_t(editedRange.length));
+    m_links.insert(m_links.begin() + location, size_t(replacementStringLength), 0);
     markDirty(editedRange.location, replacementStringLength);
 
     if (updateModeOnTextEditedByUser() == UpdateMode::Full) {
@@ -126,7 +128,9 @@ ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype ma
 
     // Whole lines: from the start of the first line to the end of the last line's contents.
     const bool startsWithNewline = end > start && text.at(start) == QLatin1Char('\n');
-    const qsizetype lineStart = startsWithNewline ? start : text.lastIndexOf(QLatin1Char('\n'), start - 1) + 1;
+    // (lastIndexOf from -1 would search the whole text.)
+    const qsizetype lineStart =
+        startsWithNewline || start == 0 ? start : text.lastIndexOf(QLatin1Char('\n'), start - 1) + 1;
     const qsizetype lastCharacter = end > start ? end - 1 : end;
     qsizetype contentsEnd = text.indexOf(QLatin1Char('\n'), lastCharacter);
     if (contentsEnd < 0)

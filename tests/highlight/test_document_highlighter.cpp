@@ -17,7 +17,7 @@ QColor colorOf(const QString &tokenClass)
 
 ZDHighlightPalette testPalette()
 {
-    return {colorOf, QColor(Qt::black), QColor(Qt::red)};
+    return {colorOf, QColor(Qt::black), QColor(Qt::red), QColor(Qt::blue)};
 }
 
 ZDHighlightRule rule(qint64 begin, qint64 length, const char *tokenClass)
@@ -130,6 +130,35 @@ private Q_SLOTS:
         QCOMPARE(f.highlighter.colorAt(3), QColor(Qt::red)); // the space
     }
 
+    void linksAreDetectedInTheColouredLines()
+    {
+        const QString text = QStringLiteral("see https://example.org/a?b=1, then\nmail mailto:me@example.org.\n# www.x.org");
+        Fixture f(m_bridge, text, QStringLiteral("PythonLexer"));
+        f.highlighter.setAutomaticLinkDetection(true);
+        f.highlighter.updateHighlightAsync(false);
+        const qsizetype url = text.indexOf(QStringLiteral("https"));
+        QVERIFY(!f.highlighter.isLinkIndex(url - 1));
+        QVERIFY(f.highlighter.isLinkIndex(url));
+        QVERIFY(f.highlighter.isLinkIndex(text.indexOf(QStringLiteral("=1"))));
+        QVERIFY(!f.highlighter.isLinkIndex(text.indexOf(QLatin1Char(','))));
+        QVERIFY(!f.highlighter.isLinkIndex(text.indexOf(QStringLiteral("org.\n")) + 3));
+        QVERIFY(f.highlighter.isLinkIndex(text.indexOf(QStringLiteral("www"))));
+        const QList<QTextLayout::FormatRange> formats = f.document.firstBlock().layout()->formats();
+        const auto underlined = std::find_if(formats.begin(), formats.end(), [](const QTextLayout::FormatRange &range) {
+            return range.format.fontUnderline();
+        });
+        QVERIFY(underlined != formats.end());
+        QCOMPARE(underlined->start, int(url));
+        QCOMPARE(underlined->format.foreground().color(), QColor(Qt::blue));
+
+        // Breaking the address ends the link there once the line is coloured again.
+        QTextCursor cursor(&f.document);
+        cursor.setPosition(int(url) + 12);
+        cursor.insertText(QStringLiteral(" "));
+        QVERIFY(f.highlighter.isLinkIndex(url));
+        QVERIFY(!f.highlighter.isLinkIndex(url + 13));
+    }
+
     void processRulesShiftsMergesAndDrops()
     {
         // Markdown markers take the class of what they mark; a keyword elsewhere keeps its own.
@@ -186,6 +215,7 @@ private Q_SLOTS:
         f.highlighter.updateHighlightAsync(false);
         const qsizetype max = text.size() - 1;
         QCOMPARE(f.highlighter.extendedRangeOfRange({2, 1}, max), (ZDTextRange{0, 5}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({0, 0}, max), (ZDTextRange{0, 5}));
         // Inside the docstring: the whole docstring's lines.
         QCOMPARE(f.highlighter.extendedRangeOfRange({15, 1}, max), (ZDTextRange{6, 16}));
         // A range that starts on a newline keeps its start; the docstring after it joins.
