@@ -83,7 +83,8 @@ print(median_time(lambda text: list(lexer.get_tokens(text))),
 )";
     QProcess python;
     python.start(QStringLiteral("/usr/bin/python3"),
-                 {QStringLiteral("-B"), QStringLiteral("-I"), QStringLiteral("-c"), QString::fromUtf8(script), dir.path(), vendors});
+                 {QStringLiteral("-B"), QStringLiteral("-I"), QStringLiteral("-c"), QString::fromUtf8(script),
+                  dir.path(), vendors});
     python.waitForFinished(600000);
     const QList<QByteArray> figures = python.readAllStandardOutput().trimmed().split(' ');
     return {figures.value(0).toDouble(), figures.value(1).toDouble()};
@@ -178,9 +179,12 @@ int main(int argc, char *argv[])
         }
         std::printf("whole text of %d lines (%lld characters): %.1f ms; mode after an edit: %s\n", lines,
                     static_cast<long long>(text.size()), wholeMs,
-                    documentHighlighter.updateModeOnTextEditedByUser() == ZDDocumentHighlighter::UpdateMode::Partial
-                        ? "partial" : "full");
-        std::printf("partial re-highlight after a one-character edit: median %.2f ms, worst %.2f ms (target <= 20 ms)\n",
+                    documentHighlighter.updateModeOnTextEditedByUser() ==
+                            ZDDocumentHighlighter::UpdateMode::Partial
+                        ? "partial"
+                        : "full");
+        std::printf("partial re-highlight after a one-character edit: median %.2f ms, worst %.2f ms (target "
+                    "<= 20 ms)\n",
                     median(partial), *std::max_element(partial.begin(), partial.end()));
     }
 

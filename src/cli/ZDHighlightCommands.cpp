@@ -64,7 +64,8 @@ int ZDHighlightCommand::run(ZDCliContext &context, const QStringList &arguments)
 
     HighlighterScope highlighter;
     const ZDHighlightRules rules = highlighter.get().highlightCode(code, parser.value(lexer));
-    context.out << QString::fromUtf8(QJsonDocument(ZDHighlightRuleFormat::toJson(rules)).toJson(QJsonDocument::Compact))
+    context.out << QString::fromUtf8(
+                       QJsonDocument(ZDHighlightRuleFormat::toJson(rules)).toJson(QJsonDocument::Compact))
                 << "\n";
     return 0;
 }

@@ -48,17 +48,61 @@ public:
     QHash<QString, QString> colorDictionary() const override;
 };
 
-class ZDTomorrowEditorTheme : public ZDDescribedEditorTheme { public: ZDTomorrowEditorTheme(); };
-class ZDTomorrowNightEditorTheme : public ZDDescribedEditorTheme { public: ZDTomorrowNightEditorTheme(); };
-class ZDTomorrowNightEightiesEditorTheme : public ZDDescribedEditorTheme { public: ZDTomorrowNightEightiesEditorTheme(); };
-class ZDSolarizedLightEditorTheme : public ZDDescribedEditorTheme { public: ZDSolarizedLightEditorTheme(); };
-class ZDSolarizedDarkEditorTheme : public ZDDescribedEditorTheme { public: ZDSolarizedDarkEditorTheme(); };
-class ZDSpaceGrayEditorTheme : public ZDDescribedEditorTheme { public: ZDSpaceGrayEditorTheme(); };
-class ZDCodeRunnerEditorTheme : public ZDDescribedEditorTheme { public: ZDCodeRunnerEditorTheme(); };
-class ZDDuskEditorTheme : public ZDDescribedEditorTheme { public: ZDDuskEditorTheme(); };
-class ZDMonokaiEditorTheme : public ZDDescribedEditorTheme { public: ZDMonokaiEditorTheme(); };
-class ZDMaterialEditorTheme : public ZDDescribedEditorTheme { public: ZDMaterialEditorTheme(); };
-class ZDOneDarkEditorTheme : public ZDDescribedEditorTheme { public: ZDOneDarkEditorTheme(); };
+class ZDTomorrowEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDTomorrowEditorTheme();
+};
+class ZDTomorrowNightEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDTomorrowNightEditorTheme();
+};
+class ZDTomorrowNightEightiesEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDTomorrowNightEightiesEditorTheme();
+};
+class ZDSolarizedLightEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDSolarizedLightEditorTheme();
+};
+class ZDSolarizedDarkEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDSolarizedDarkEditorTheme();
+};
+class ZDSpaceGrayEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDSpaceGrayEditorTheme();
+};
+class ZDCodeRunnerEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDCodeRunnerEditorTheme();
+};
+class ZDDuskEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDDuskEditorTheme();
+};
+class ZDMonokaiEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDMonokaiEditorTheme();
+};
+class ZDMaterialEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDMaterialEditorTheme();
+};
+class ZDOneDarkEditorTheme : public ZDDescribedEditorTheme
+{
+public:
+    ZDOneDarkEditorTheme();
+};
 
 /// "Mojave Dark": the One Dark token colours over the desktop's own palette (window, text,
 /// selection, accent), read when the theme is made.

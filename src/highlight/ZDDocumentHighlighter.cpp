@@ -28,10 +28,9 @@ QString mapText(const QVariantMap &map)
 }
 } // namespace
 
-ZDDocumentHighlighter::ZDDocumentHighlighter(QTextDocument *document, ZDHighlighter *highlighter, QObject *parent)
-    : QObject(parent)
-    , m_document(document)
-    , m_highlighter(highlighter)
+ZDDocumentHighlighter::ZDDocumentHighlighter(QTextDocument *document, ZDHighlighter *highlighter,
+                                             QObject *parent)
+    : QObject(parent), m_document(document), m_highlighter(highlighter)
 {
     m_palette.colorForType = [](const QString &) { return QColor(Qt::black); };
     m_palette.foregroundColor = Qt::black;
@@ -86,12 +85,15 @@ QString ZDDocumentHighlighter::codeForRange(const QString &text, ZDTextRange ran
 
 void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool async)
 {
+    if (!m_document)
+        return;
     const QString lexer = currentLexer();
     if (range.location < 0 || range.length < 0 || range.end() > textLength()) {
         const QVariantMap info{{QStringLiteral("Lexer"), lexer},
                                {QStringLiteral("Length"), textLength()},
                                {QStringLiteral("MovedRange"), rangeText(range)}};
-        zdLog(ZDLogLevel::Error, ZDLogDomain::Editor, QStringLiteral("length out of range. userInfo=%1").arg(mapText(info)));
+        zdLog(ZDLogLevel::Error, ZDLogDomain::Editor,
+              QStringLiteral("length out of range. userInfo=%1").arg(mapText(info)));
         return;
     }
     if (lexer == kTextLexer || !m_highlighter) {
@@ -109,9 +111,10 @@ void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool asyn
     m_highlighter->highlightCodeAtBackground(
         code, lexer, this, [this, range, code, phpPrefixed](const ZDHighlightRules &rules) {
             bool unused = false;
-            if (!m_document || range.end() != textLength()
-                || codeForRange(m_document->toPlainText(), range, &unused) != code) {
-                zdLog(ZDLogLevel::Debug, ZDLogDomain::Editor, QStringLiteral("Async highlighting abort: code changed."));
+            if (!m_document || range.end() != textLength() ||
+                codeForRange(m_document->toPlainText(), range, &unused) != code) {
+                zdLog(ZDLogLevel::Debug, ZDLogDomain::Editor,
+                      QStringLiteral("Async highlighting abort: code changed."));
                 return;
             }
             applyRules(rules, range, phpPrefixed);
@@ -165,6 +168,8 @@ void ZDDocumentHighlighter::didUpdateHighlightForEntireContent(double seconds)
 
 void ZDDocumentHighlighter::processRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed)
 {
+    if (!m_document)
+        return;
     if (range.location == 0 && range.length == textLength())
         std::fill(m_contextual.begin(), m_contextual.end(), 0);
 
@@ -177,15 +182,17 @@ void ZDDocumentHighlighter::processRules(const ZDHighlightRules &rules, ZDTextRa
         // The lexer drops the newlines a text starts with; its positions start after them.
         const QString text = m_document->toPlainText();
         qsizetype newlines = 0;
-        while (range.location + newlines < text.size() && text.at(range.location + newlines) == QLatin1Char('\n'))
+        while (range.location + newlines < text.size() &&
+               text.at(range.location + newlines) == QLatin1Char('\n'))
             ++newlines;
         shift = range.location + newlines;
     }
 
     if (currentLexer() == kMarkdownLexer) {
         // Markdown's emphasis markers come out as keywords; they take the colour of what they mark.
-        static const QStringList marked{QStringLiteral("Token.Comment.Multiline"), QStringLiteral("Token.Generic.Strong"),
-                                        QStringLiteral("Token.Generic.Emph"), QStringLiteral("Token.Literal.String.Doc")};
+        static const QStringList marked{
+            QStringLiteral("Token.Comment.Multiline"), QStringLiteral("Token.Generic.Strong"),
+            QStringLiteral("Token.Generic.Emph"), QStringLiteral("Token.Literal.String.Doc")};
         const QString keyword = QStringLiteral("Token.Keyword");
         for (qsizetype i = 0; i < work.size(); ++i) {
             for (const QString &tokenClass : marked) {
@@ -233,14 +240,16 @@ void ZDDocumentHighlighter::highlightWithRules(const ZDHighlightRules &rules)
         if (rule.begin + ruleLength > length)
             continue;
         setClassForRange(rule.begin, ruleLength, classIdForType(rule.tokenClass));
-        const char contextual = rule.tokenClass.contains(QStringLiteral("Comment"))
-                                || rule.tokenClass.contains(QStringLiteral("String"));
+        const char contextual = rule.tokenClass.contains(QStringLiteral("Comment")) ||
+                                rule.tokenClass.contains(QStringLiteral("String"));
         std::fill_n(m_contextual.begin() + rule.begin, ruleLength, contextual);
     }
 }
 
 void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDTextRange range)
 {
+    if (!m_document)
+        return;
     const QString text = m_document->toPlainText();
     const qsizetype end = std::min(range.end(), qsizetype(text.size()));
     for (qsizetype i = std::max<qsizetype>(0, range.location); i < end; ++i) {
@@ -253,10 +262,13 @@ void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDTextRange range)
 
 void ZDDocumentHighlighter::detectLinksInRange(ZDTextRange range)
 {
+    if (!m_document)
+        return;
     static const QRegularExpression link(
         QStringLiteral("\\b(?:(?:https?|ftp|file)://|mailto:|www\\.)[^\\s<>\"'`]+"));
     const QString text = m_document->toPlainText();
-    const qsizetype start = range.location > 0 ? text.lastIndexOf(QLatin1Char('\n'), range.location - 1) + 1 : 0;
+    const qsizetype start =
+        range.location > 0 ? text.lastIndexOf(QLatin1Char('\n'), range.location - 1) + 1 : 0;
     qsizetype end = text.indexOf(QLatin1Char('\n'), std::min(range.end(), qsizetype(text.size())));
     if (end < 0)
         end = text.size();
@@ -265,7 +277,8 @@ void ZDDocumentHighlighter::detectLinksInRange(ZDTextRange range)
         const QRegularExpressionMatch found = match.next();
         qsizetype length = found.capturedLength();
         // Sentence punctuation after an address is not part of it.
-        while (length > 0 && QStringLiteral(".,;:!?)]}").contains(text.at(start + found.capturedStart() + length - 1)))
+        while (length > 0 &&
+               QStringLiteral(".,;:!?)]}").contains(text.at(start + found.capturedStart() + length - 1)))
             --length;
         std::fill_n(m_links.begin() + start + found.capturedStart(), length, 1);
     }
@@ -303,7 +316,8 @@ QColor ZDDocumentHighlighter::colorForClassId(quint16 classId) const
         else if (classId == kInvisible)
             color = m_palette.invisibleCharacterColor;
         else
-            color = m_palette.colorForType ? m_palette.colorForType(m_classNames.at(classId)) : m_palette.foregroundColor;
+            color = m_palette.colorForType ? m_palette.colorForType(m_classNames.at(classId))
+                                           : m_palette.foregroundColor;
     }
     return color;
 }

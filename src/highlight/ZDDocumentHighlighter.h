@@ -36,8 +36,7 @@ struct ZDHighlightPalette
 };
 
 /// The palette of an editor theme (any type with the editor theme's colour accessors).
-template<typename Theme>
-ZDHighlightPalette zdHighlightPaletteOfTheme(std::shared_ptr<const Theme> theme)
+template <typename Theme> ZDHighlightPalette zdHighlightPaletteOfTheme(std::shared_ptr<const Theme> theme)
 {
     return {[theme](const QString &tokenClass) { return theme->colorForType(tokenClass); },
             theme->foregroundColor(), theme->invisibleCharacterColor(), theme->linkTextColor()};
@@ -55,7 +54,11 @@ class ZDDocumentHighlighter : public QObject
 {
     Q_OBJECT
 public:
-    enum class UpdateMode { Full, Partial };
+    enum class UpdateMode
+    {
+        Full,
+        Partial
+    };
 
     static constexpr qsizetype kAsyncWholeTextLength = 15000; ///< longer whole texts go to the background
     static constexpr qsizetype kPartialModeMinimumLength = 1000;
@@ -143,10 +146,10 @@ private:
     bool m_showInvisibles = false;
     bool m_detectLinks = false;
 
-    std::vector<quint16> m_classes;  // token type of each character
-    std::vector<char> m_contextual;  // inside a comment or a string
-    std::vector<char> m_links;       // part of a detected link
-    QStringList m_classNames;        // by class id
+    std::vector<quint16> m_classes; // token type of each character
+    std::vector<char> m_contextual; // inside a comment or a string
+    std::vector<char> m_links;      // part of a detected link
+    QStringList m_classNames;       // by class id
     QHash<QString, quint16> m_classIds;
     mutable QList<QColor> m_classColors; // by class id, resolved on first use
 

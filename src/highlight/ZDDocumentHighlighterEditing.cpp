@@ -38,10 +38,12 @@ void ZDDocumentHighlighter::textDidChangeInRange(ZDTextRange editedRange, qsizet
     // The model moves with the text: the replaced characters go, the new ones take the type of
     // the character before them until they are highlighted, and are not contextual.
     const auto location = size_t(editedRange.location);
-    const quint16 inherited = location > 0 && location <= m_classes.size() ? m_classes[location - 1] : kForeground;
+    const quint16 inherited =
+        location > 0 && location <= m_classes.size() ? m_classes[location - 1] : kForeground;
     m_classes.erase(m_classes.begin() + location, m_classes.begin() + location + size_t(editedRange.length));
     m_classes.insert(m_classes.begin() + location, size_t(replacementStringLength), inherited);
-    m_contextual.erase(m_contextual.begin() + location, m_contextual.begin() + location + size_t(editedRange.length));
+    m_contextual.erase(m_contextual.begin() + location,
+                       m_contextual.begin() + location + size_t(editedRange.length));
     m_contextual.insert(m_contextual.begin() + location, size_t(replacementStringLength), 0);
     m_links.erase(m_links.begin() + location, m_links.begin() + location + size_t(editedRange.length));
     m_links.insert(m_links.begin() + location, size_t(replacementStringLength), 0);
@@ -67,8 +69,8 @@ std::optional<ZDTextRange> ZDDocumentHighlighter::partialRangeForEdit(ZDTextRang
                                                                       qsizetype originalStringLength,
                                                                       qsizetype replacementStringLength) const
 {
-    const qsizetype maxIndex = std::min(originalStringLength - editedRange.length + replacementStringLength - 1,
-                                        textLength() - 1);
+    const qsizetype maxIndex =
+        std::min(originalStringLength - editedRange.length + replacementStringLength - 1, textLength() - 1);
     ZDTextRange range{editedRange.location, replacementStringLength};
     if (range.end() - 1 > maxIndex)
         range.length = maxIndex - range.location + 1;
@@ -107,7 +109,8 @@ ZDTextRange ZDDocumentHighlighter::extendedRangeOfRange(ZDTextRange range, qsize
     return extendedRange(range, maxIndex, m_document ? m_document->toPlainText() : QString());
 }
 
-ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype maxIndex, const QString &text) const
+ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype maxIndex,
+                                                 const QString &text) const
 {
     qsizetype start = range.location;
     while (start > 0 && isContextualIndex(start - 1))
@@ -117,9 +120,10 @@ ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype ma
         ++end;
 
     if (start < 0 || end > text.size()) {
-        const QVariantMap info{{QStringLiteral("Lexer"), currentLexer()},
-                               {QStringLiteral("Length"), text.size()},
-                               {QStringLiteral("MovedRange"), QStringLiteral("{%1, %2}").arg(start).arg(end - start)}};
+        const QVariantMap info{
+            {QStringLiteral("Lexer"), currentLexer()},
+            {QStringLiteral("Length"), text.size()},
+            {QStringLiteral("MovedRange"), QStringLiteral("{%1, %2}").arg(start).arg(end - start)}};
         zdLog(ZDLogLevel::Error, ZDLogDomain::Editor,
               QStringLiteral("movedRange out of bounds. userInfo=%1")
                   .arg(QString::fromUtf8(QJsonDocument::fromVariant(info).toJson(QJsonDocument::Compact))));

@@ -1,8 +1,8 @@
 #include "ZDHighlightRule.h"
 
+#include <QHash>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QHash>
 #include <QJsonParseError>
 
 namespace {
@@ -13,7 +13,10 @@ namespace {
 class FastRuleReader
 {
 public:
-    explicit FastRuleReader(const QByteArray &text) : m_p(text.constData()), m_end(text.constData() + text.size()) {}
+    explicit FastRuleReader(const QByteArray &text)
+        : m_p(text.constData()), m_end(text.constData() + text.size())
+    {
+    }
 
     bool read(ZDHighlightRules *rules)
     {

@@ -22,7 +22,12 @@ struct ZDHighlightRule
 using ZDHighlightRules = QList<ZDHighlightRule>;
 
 namespace ZDHighlightRuleFormat {
-enum class ParseResult { Rules, NotAList, Unparsable };
+enum class ParseResult
+{
+    Rules,
+    NotAList,
+    Unparsable
+};
 
 /// Reads the support module's output: every single quote becomes a double quote (blindly, also
 /// inside values), and the text is read as JSON. Only a JSON array yields rules.

@@ -17,7 +17,7 @@ const QString kMarkdownParseCallable = QStringLiteral("ZDMarkdownParse");
 const QString kChildCountCallable = QStringLiteral("ZDChildCountOfMarkdownSource");
 
 // Posts the result to the main thread; a handler whose context object is gone by then is dropped.
-template<typename Result>
+template <typename Result>
 void deliverOnMainThread(bool hasContext, QPointer<QObject> context,
                          std::function<void(const Result &)> handler, Result result)
 {
@@ -105,7 +105,8 @@ void ZDHighlighter::highlightCodeAtBackground(const QString &code, const QString
     QPointer<QObject> guard(context);
     const bool hasContext = context != nullptr;
     runInBackground([this, code, lexer, guard, hasContext, handler = std::move(handler)]() mutable {
-        deliverOnMainThread<ZDHighlightRules>(hasContext, guard, std::move(handler), highlightCode(code, lexer));
+        deliverOnMainThread<ZDHighlightRules>(hasContext, guard, std::move(handler),
+                                              highlightCode(code, lexer));
     });
 }
 

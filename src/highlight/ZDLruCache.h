@@ -9,8 +9,7 @@
 #include <utility>
 
 /// A count-limited cache that evicts its least recently used entry. Safe for concurrent use.
-template<typename Value>
-class ZDLruCache
+template <typename Value> class ZDLruCache
 {
 public:
     explicit ZDLruCache(int countLimit) : m_countLimit(countLimit) {}

@@ -30,15 +30,16 @@ qint64 ZDHighlighter::indexOfLastRootElementInHTML(const QString &html)
     const QByteArray bytes = html.toUtf8();
     if (bytes.isEmpty())
         return -1;
-    htmlDocPtr document = htmlReadMemory(bytes.constData(), int(bytes.size()), nullptr, "UTF-8",
-                                         HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING
-                                             | HTML_PARSE_NONET);
+    htmlDocPtr document =
+        htmlReadMemory(bytes.constData(), int(bytes.size()), nullptr, "UTF-8",
+                       HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
     if (!document)
         return -1;
     qint64 children = 0;
     xmlNodePtr root = xmlDocGetRootElement(document);
     for (xmlNodePtr node = root ? root->children : nullptr; node; node = node->next) {
-        if (node->type != XML_ELEMENT_NODE || std::strcmp(reinterpret_cast<const char *>(node->name), "body") != 0)
+        if (node->type != XML_ELEMENT_NODE ||
+            std::strcmp(reinterpret_cast<const char *>(node->name), "body") != 0)
             continue;
         // Every child but text nodes counts, as the preview's block list sees them.
         for (xmlNodePtr child = node->children; child; child = child->next) {

@@ -43,8 +43,8 @@ struct ZDPythonInterpreter::State
 
 ZDPythonInterpreter::ZDPythonInterpreter(const QString &vendorsDirectory, const QString &moduleName,
                                          const QStringList &callableNames)
-    : m_state(std::make_unique<State>())
-    , m_queue(std::make_unique<ZDSerialQueue>(QStringLiteral("com.varnok.Zandrio.CoreHighlighter")))
+    : m_state(std::make_unique<State>()),
+      m_queue(std::make_unique<ZDSerialQueue>(QStringLiteral("com.varnok.Zandrio.CoreHighlighter")))
 {
     m_queue->async([this, vendorsDirectory, moduleName, callableNames] {
         setUp(vendorsDirectory, moduleName, callableNames);
@@ -75,8 +75,8 @@ void ZDPythonInterpreter::setUp(const QString &vendorsDirectory, const QString &
 
     PyConfig config;
     PyConfig_InitIsolatedConfig(&config);
-    config.write_bytecode = 0;       // never write caches into the resources folder
-    config.site_import = 0;          // the search path below is complete
+    config.write_bytecode = 0; // never write caches into the resources folder
+    config.site_import = 0;    // the search path below is complete
     config.install_signal_handlers = 0;
     config.module_search_paths_set = 1;
     PyStatus status = PyStatus_Ok();
@@ -91,7 +91,8 @@ void ZDPythonInterpreter::setUp(const QString &vendorsDirectory, const QString &
     PyConfig_Clear(&config);
     if (PyStatus_Exception(status)) {
         zdLog(ZDLogLevel::Error, ZDLogDomain::Core,
-              QStringLiteral("Cannot start the interpreter: %1").arg(QString::fromUtf8(status.err_msg ? status.err_msg : "")));
+              QStringLiteral("Cannot start the interpreter: %1")
+                  .arg(QString::fromUtf8(status.err_msg ? status.err_msg : "")));
         s_interpreterAlive = false;
         return;
     }
@@ -163,7 +164,8 @@ PyObject *callWithUtf8(PyObject *callable, const QList<QByteArray> &arguments)
     if (!result) {
         // The caller only sees "no result"; the reason is kept for detailed logs. The error
         // indicator must not stay set into the next call.
-        zdLog(ZDLogLevel::Debug, ZDLogDomain::Core, QStringLiteral("Python call failed: %1").arg(pythonErrorText()));
+        zdLog(ZDLogLevel::Debug, ZDLogDomain::Core,
+              QStringLiteral("Python call failed: %1").arg(pythonErrorText()));
     }
     return result;
 }

@@ -17,7 +17,8 @@ class HighlightCliTest : public ::testing::Test
 protected:
     QTemporaryDir dir;
     ZDUserDefaults defaults{dir.filePath(QStringLiteral("prefs.ini"))};
-    ZDLanguageRegistry languages{ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Languages.json"), &defaults};
+    ZDLanguageRegistry languages{
+        ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Languages.json"), &defaults};
 
     QString file(const QString &name, const QString &text)
     {
@@ -50,11 +51,14 @@ TEST_F(HighlightCliTest, HighlightPrintsTheRulesAsJson)
               0);
     const QJsonArray rules = QJsonDocument::fromJson(out.toUtf8()).array();
     ASSERT_FALSE(rules.isEmpty());
-    EXPECT_EQ(rules.first().toObject(), (QJsonObject{{QStringLiteral("begin"), 0}, {QStringLiteral("length"), 6},
-                                                     {QStringLiteral("class"), QStringLiteral("Token.Keyword.Namespace")}}));
+    EXPECT_EQ(rules.first().toObject(),
+              (QJsonObject{{QStringLiteral("begin"), 0},
+                           {QStringLiteral("length"), 6},
+                           {QStringLiteral("class"), QStringLiteral("Token.Keyword.Namespace")}}));
 
     QString err;
-    EXPECT_NE(run({QStringLiteral("highlight"), file(QStringLiteral("b.py"), QStringLiteral("x"))}, &out, &err), 0);
+    EXPECT_NE(
+        run({QStringLiteral("highlight"), file(QStringLiteral("b.py"), QStringLiteral("x"))}, &out, &err), 0);
     EXPECT_NE(run({QStringLiteral("highlight"), QStringLiteral("--lexer"), QStringLiteral("PythonLexer"),
                    dir.filePath(QStringLiteral("missing.py"))},
                   &out, &err),
@@ -64,7 +68,8 @@ TEST_F(HighlightCliTest, HighlightPrintsTheRulesAsJson)
 
 TEST_F(HighlightCliTest, MarkdownPrintsHtmlOrBothCounts)
 {
-    const QString path = file(QStringLiteral("n.md"), QStringLiteral("# Title\n\nText <!-- c -->\n\n- a\n- b\n"));
+    const QString path =
+        file(QStringLiteral("n.md"), QStringLiteral("# Title\n\nText <!-- c -->\n\n- a\n- b\n"));
     QString html;
     ASSERT_EQ(run({QStringLiteral("markdown"), path}, &html), 0);
     EXPECT_TRUE(html.startsWith(QStringLiteral("<h1>Title</h1>")));

@@ -19,19 +19,25 @@ TEST(EditorThemeTest, XcodeColoursAndInheritance)
     EXPECT_EQ(hex(xcode.backgroundColor()), QStringLiteral("#FFFFFF"));
     EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Comment"))), QStringLiteral("#008312"));
     EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Comment.Single"))), QStringLiteral("#008312"));
-    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Comment.PreprocFile"))), QStringLiteral("#CF3125"));
+    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Comment.PreprocFile"))),
+              QStringLiteral("#CF3125"));
     EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Keyword.Type"))), QStringLiteral("#B833A1"));
-    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.String.Escape"))), QStringLiteral("#CF3125"));
-    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.String.Char"))), QStringLiteral("#2934D4"));
-    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.Number.Float"))), QStringLiteral("#2934D4"));
-    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Name.Variable.Instance"))), QStringLiteral("#6F41A7"));
+    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.String.Escape"))),
+              QStringLiteral("#CF3125"));
+    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.String.Char"))),
+              QStringLiteral("#2934D4"));
+    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Literal.Number.Float"))),
+              QStringLiteral("#2934D4"));
+    EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Name.Variable.Instance"))),
+              QStringLiteral("#6F41A7"));
     EXPECT_EQ(hex(xcode.colorForType(QStringLiteral("Token.Generic.Strong"))), QStringLiteral("#3D237F"));
 }
 
 TEST(EditorThemeTest, ColourOfATypeFallsBackThroughItsParents)
 {
     const ZDOneDarkEditorTheme theme; // colours Name and Name.Function differently
-    EXPECT_EQ(hex(theme.colorForType(QStringLiteral("Token.Name.Function.Magic"))), QStringLiteral("#61AFEF"));
+    EXPECT_EQ(hex(theme.colorForType(QStringLiteral("Token.Name.Function.Magic"))),
+              QStringLiteral("#61AFEF"));
     EXPECT_EQ(hex(theme.colorForType(QStringLiteral("Token.Name.Unknown"))), QStringLiteral("#E06C75"));
     EXPECT_EQ(theme.colorForType(QStringLiteral("Token")), theme.foregroundColor());
     EXPECT_EQ(theme.colorForType(QStringLiteral("Nothing.Known")), theme.foregroundColor());
@@ -54,7 +60,8 @@ TEST(EditorThemeTest, EveryThemeIsCompleteAndReadable)
         ASSERT_TRUE(theme);
         EXPECT_EQ(theme->name(), name);
         const QHash<QString, QString> dictionary = theme->colorDictionary();
-        for (auto it = ZDEditorTheme::baseColorDictionary().cbegin(); it != ZDEditorTheme::baseColorDictionary().cend(); ++it)
+        for (auto it = ZDEditorTheme::baseColorDictionary().cbegin();
+             it != ZDEditorTheme::baseColorDictionary().cend(); ++it)
             EXPECT_TRUE(dictionary.contains(it.key())) << it.key().toStdString();
         for (auto it = dictionary.cbegin(); it != dictionary.cend(); ++it) {
             if (!it.value().isEmpty()) {
@@ -64,7 +71,8 @@ TEST(EditorThemeTest, EveryThemeIsCompleteAndReadable)
         // Text must stand out from the background, and the theme's darkness must be true.
         const int background = theme->backgroundColor().lightness();
         EXPECT_GT(std::abs(background - theme->foregroundColor().lightness()), 100);
-        EXPECT_GT(std::abs(background - theme->colorForType(QStringLiteral("Token.Keyword")).lightness()), 40);
+        EXPECT_GT(std::abs(background - theme->colorForType(QStringLiteral("Token.Keyword")).lightness()),
+                  40);
         EXPECT_EQ(theme->isDark(), background < 128);
         EXPECT_TRUE(theme->windowColor(ZDWindowColor::SearchTokenValueHighlight).isValid());
     }

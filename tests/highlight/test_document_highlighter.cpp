@@ -54,7 +54,10 @@ class DocumentHighlighterTest : public QObject
     };
 
 private Q_SLOTS:
-    void initTestCase() { m_bridge = new ZDHighlighter(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors")); }
+    void initTestCase()
+    {
+        m_bridge = new ZDHighlighter(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors"));
+    }
     void cleanupTestCase() { delete m_bridge; }
 
     void rulesLandOnTheRightCharacters_data()
@@ -62,15 +65,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("lexer");
         QTest::addColumn<QVariantMap>("referenceOptions");
-        QTest::newRow("astral and tabs") << QStringLiteral("def f():\n\treturn \"\U0001F600\U0001F680\" + 'x'\t# 😀 done\nx = 42\n")
-                                         << QStringLiteral("PythonLexer") << QVariantMap();
-        QTest::newRow("leading blank lines") << QStringLiteral("\n\n\nimport os\nprint(os.name)  # \U00010348\n")
-                                             << QStringLiteral("PythonLexer") << QVariantMap();
+        QTest::newRow("astral and tabs")
+            << QStringLiteral("def f():\n\treturn \"\U0001F600\U0001F680\" + 'x'\t# 😀 done\nx = 42\n")
+            << QStringLiteral("PythonLexer") << QVariantMap();
+        QTest::newRow("leading blank lines")
+            << QStringLiteral("\n\n\nimport os\nprint(os.name)  # \U00010348\n")
+            << QStringLiteral("PythonLexer") << QVariantMap();
         QTest::newRow("php without opening tag")
             << QStringLiteral("$greeting = \"h\u00e9llo \U0001F600\";\necho $greeting; // done\n")
             << QStringLiteral("PhpLexer") << QVariantMap{{QStringLiteral("startinline"), true}};
-        QTest::newRow("php with opening tag") << QStringLiteral("  <?php\n$a = 1; /* c */\n")
-                                              << QStringLiteral("PhpLexer") << QVariantMap();
+        QTest::newRow("php with opening tag")
+            << QStringLiteral("  <?php\n$a = 1; /* c */\n") << QStringLiteral("PhpLexer") << QVariantMap();
     }
 
     void rulesLandOnTheRightCharacters()
@@ -94,7 +99,8 @@ private Q_SLOTS:
                     continue; // blanks carry no visible colour
                 QVERIFY2(f.highlighter.tokenClassAt(position + i) == tokenClass,
                          qPrintable(QStringLiteral("at %1 '%2': %3 instead of %4")
-                                        .arg(position + i).arg(value, f.highlighter.tokenClassAt(position + i), tokenClass)));
+                                        .arg(position + i)
+                                        .arg(value, f.highlighter.tokenClassAt(position + i), tokenClass)));
                 QCOMPARE(f.highlighter.colorAt(position + i), colorOf(tokenClass));
                 ++checked;
             }
@@ -132,7 +138,8 @@ private Q_SLOTS:
 
     void linksAreDetectedInTheColouredLines()
     {
-        const QString text = QStringLiteral("see https://example.org/a?b=1, then\nmail mailto:me@example.org.\n# www.x.org");
+        const QString text =
+            QStringLiteral("see https://example.org/a?b=1, then\nmail mailto:me@example.org.\n# www.x.org");
         Fixture f(m_bridge, text, QStringLiteral("PythonLexer"));
         f.highlighter.setAutomaticLinkDetection(true);
         f.highlighter.updateHighlightAsync(false);
@@ -144,9 +151,9 @@ private Q_SLOTS:
         QVERIFY(!f.highlighter.isLinkIndex(text.indexOf(QStringLiteral("org.\n")) + 3));
         QVERIFY(f.highlighter.isLinkIndex(text.indexOf(QStringLiteral("www"))));
         const QList<QTextLayout::FormatRange> formats = f.document.firstBlock().layout()->formats();
-        const auto underlined = std::find_if(formats.begin(), formats.end(), [](const QTextLayout::FormatRange &range) {
-            return range.format.fontUnderline();
-        });
+        const auto underlined =
+            std::find_if(formats.begin(), formats.end(),
+                         [](const QTextLayout::FormatRange &range) { return range.format.fontUnderline(); });
         QVERIFY(underlined != formats.end());
         QCOMPARE(underlined->start, int(url));
         QCOMPARE(underlined->format.foreground().color(), QColor(Qt::blue));

@@ -11,7 +11,11 @@ class HighlighterTest : public ::testing::Test
 {
 protected:
     // One interpreter per process: the whole program shares it.
-    static void SetUpTestSuite() { s_highlighter = new ZDHighlighter(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors")); }
+    static void SetUpTestSuite()
+    {
+        s_highlighter =
+            new ZDHighlighter(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors"));
+    }
     static void TearDownTestSuite()
     {
         delete s_highlighter;
@@ -39,7 +43,8 @@ QString codeOfLength(int length, QChar filler)
 TEST_F(HighlighterTest, HighlightsWithTheNamedLexer)
 {
     ASSERT_TRUE(bridge().isLoaded());
-    const ZDHighlightRules rules = bridge().highlightCode(QStringLiteral("def f():\n    return 'a'\n"), QStringLiteral("PythonLexer"));
+    const ZDHighlightRules rules =
+        bridge().highlightCode(QStringLiteral("def f():\n    return 'a'\n"), QStringLiteral("PythonLexer"));
     ASSERT_FALSE(rules.isEmpty());
     EXPECT_EQ(rules.first(), (ZDHighlightRule{0, 3, QStringLiteral("Token.Keyword"), true}));
     // The quote inside the code does not break the exchange format; it is a string token.
@@ -70,7 +75,8 @@ TEST_F(HighlighterTest, CachesOnlyInputsOfFiveHundredCharactersOrMoreKeyedWithTh
     EXPECT_EQ(first, second);
 
     ZDHighlightRules asRuby;
-    EXPECT_EQ(callsDuring([&] { asRuby = bridge().highlightCode(long500, QStringLiteral("RubyLexer")); }), 1u);
+    EXPECT_EQ(callsDuring([&] { asRuby = bridge().highlightCode(long500, QStringLiteral("RubyLexer")); }),
+              1u);
     EXPECT_NE(asRuby, first);
     EXPECT_EQ(callsDuring([&] {
                   bridge().highlightCode(long500, QStringLiteral("RubyLexer"));
@@ -99,8 +105,9 @@ TEST_F(HighlighterTest, CachesOnlyInputsOfFiveHundredCharactersOrMoreKeyedWithTh
 
 TEST_F(HighlighterTest, RendersMarkdownAndCountsItsBlocks)
 {
-    const QString source = QStringLiteral("# Title\n\n| a |\n|---|\n| 1 |\n\n~~old~~ text[^1]\n\n- [x] done\n\n"
-                                          "```rust\nfn main() {}\n```\n\n<!-- hidden -->\n\n[^1]: The note.\n");
+    const QString source =
+        QStringLiteral("# Title\n\n| a |\n|---|\n| 1 |\n\n~~old~~ text[^1]\n\n- [x] done\n\n"
+                       "```rust\nfn main() {}\n```\n\n<!-- hidden -->\n\n[^1]: The note.\n");
     const QString html = bridge().parseMarkdown(source);
     EXPECT_TRUE(html.contains(QStringLiteral("<table>")));
     EXPECT_TRUE(html.contains(QStringLiteral("<s>old</s>")));
@@ -110,7 +117,8 @@ TEST_F(HighlighterTest, RendersMarkdownAndCountsItsBlocks)
     // Comment and footnote definition are removed first: heading, table, paragraph, list, code.
     EXPECT_EQ(bridge().childCount(source), 5u);
     EXPECT_EQ(bridge().childCount(QString()), 0u);
-    EXPECT_EQ(ZDHighlighter::childCountFast(ZDHighlighter::preprocessedStringForCountingChildrens(source)), 5);
+    EXPECT_EQ(ZDHighlighter::childCountFast(ZDHighlighter::preprocessedStringForCountingChildrens(source)),
+              5);
 }
 
 TEST_F(HighlighterTest, DeliversBackgroundResultsOnTheMainThread)
@@ -143,7 +151,8 @@ TEST(MarkdownCountingTest, FastCountThroughTheHtmlParser)
 {
     EXPECT_EQ(ZDHighlighter::childCountFast(QString()), 0);
     EXPECT_EQ(ZDHighlighter::childCountFast(QStringLiteral("\n\n")), 0);
-    EXPECT_EQ(ZDHighlighter::childCountFast(QStringLiteral("# a\n\npara\n\n| x |\n|---|\n| 1 |\n\n~~s~~\n")), 4);
+    EXPECT_EQ(ZDHighlighter::childCountFast(QStringLiteral("# a\n\npara\n\n| x |\n|---|\n| 1 |\n\n~~s~~\n")),
+              4);
     EXPECT_EQ(ZDHighlighter::indexOfLastRootElementInHTML(QStringLiteral("<p>a</p>\ntext\n<p>b</p>")), 1);
     EXPECT_EQ(ZDHighlighter::indexOfLastRootElementInHTML(QString()), -1);
 }
@@ -151,10 +160,14 @@ TEST(MarkdownCountingTest, FastCountThroughTheHtmlParser)
 TEST(MarkdownCountingTest, PreprocessingRemovesCommentsAndFootnoteDefinitions)
 {
     using H = ZDHighlighter;
-    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("ab<!-- x -->cd\n")), QStringLiteral("abcd\n"));
-    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("a<!--1-->b<!--2-->c")), QStringLiteral("abc"));
-    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("keep\n<!-- open\nall\n")), QStringLiteral("keep\n"));
-    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("a\n    [^1]: four\nb\n")), QStringLiteral("a\n\nb\n"));
+    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("ab<!-- x -->cd\n")),
+              QStringLiteral("abcd\n"));
+    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("a<!--1-->b<!--2-->c")),
+              QStringLiteral("abc"));
+    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("keep\n<!-- open\nall\n")),
+              QStringLiteral("keep\n"));
+    EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("a\n    [^1]: four\nb\n")),
+              QStringLiteral("a\n\nb\n"));
     EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("a\n     [^1]: five\n")),
               QStringLiteral("a\n     [^1]: five\n"));
     EXPECT_EQ(H::preprocessedStringForCountingChildrens(QStringLiteral("see [^1]: inline\n")),
@@ -165,8 +178,9 @@ TEST(HighlightRuleFormatTest, ReadsTheSingleQuotedListOnly)
 {
     using namespace ZDHighlightRuleFormat;
     ZDHighlightRules rules;
-    ASSERT_EQ(parse("[{'begin': 2, 'length': 3, 'class': 'Token.Name'}, {'begin': 'x', 'length': 1}]", &rules),
-              ParseResult::Rules);
+    ASSERT_EQ(
+        parse("[{'begin': 2, 'length': 3, 'class': 'Token.Name'}, {'begin': 'x', 'length': 1}]", &rules),
+        ParseResult::Rules);
     ASSERT_EQ(rules.size(), 2);
     EXPECT_EQ(rules[0], (ZDHighlightRule{2, 3, QStringLiteral("Token.Name"), true}));
     EXPECT_FALSE(rules[1].valid);
@@ -187,5 +201,6 @@ TEST(LruCacheTest, EvictsTheLeastRecentlyUsedEntry)
     EXPECT_FALSE(cache.object(QStringLiteral("b")).has_value());
     EXPECT_EQ(cache.object(QStringLiteral("a")), 1);
     EXPECT_EQ(cache.count(), 2);
-    EXPECT_EQ(ZDHighlighter::digest(QStringLiteral("abc")), QStringLiteral("900150983cd24fb0d6963f7d28e17f72"));
+    EXPECT_EQ(ZDHighlighter::digest(QStringLiteral("abc")),
+              QStringLiteral("900150983cd24fb0d6963f7d28e17f72"));
 }

@@ -52,7 +52,8 @@ def ZDChildCountOfMarkdownSource(source):
     ZDHighlighter highlighter(vendors);
     ASSERT_TRUE(highlighter.isLoaded());
     for (const char *lexer : {"Object", "Quoted", "Number", "Raise"})
-        EXPECT_TRUE(highlighter.highlightCode(QStringLiteral("x"), QString::fromLatin1(lexer)).isEmpty()) << lexer;
+        EXPECT_TRUE(highlighter.highlightCode(QStringLiteral("x"), QString::fromLatin1(lexer)).isEmpty())
+            << lexer;
     // Only the unparsable output is reported.
     EXPECT_EQ(analytics.rateLimiter().lastMinuteEvents(QStringLiteral("PygmentsErr")).size(), 1);
     ZDAnalytics::install(nullptr);
