@@ -166,7 +166,7 @@ QHash<QString, QString> ZDXcodeEditorTheme::colorDictionary() const
 {
     static const QHash<QString, QString> dictionary = [] {
         QHash<QString, QString> d = baseColorDictionary();
-        const std::pair<const char *, std::initializer_list<const char *>> colored[] = {
+        const QList<QPair<QString, QStringList>> colored{
             {"#000000", {"Text", "Error", "Other", "Operator", "Punctuation", "Name", "Name.Function"}},
             {"#008312", {"Comment", "Literal.String.Doc"}},
             {"#77492D", {"Comment.Preproc"}},
@@ -179,8 +179,8 @@ QHash<QString, QString> ZDXcodeEditorTheme::colorDictionary() const
             {"#3D237F", {"Name.Label", "Generic.Strong"}},
         };
         for (const auto &[color, types] : colored) {
-            for (const char *type : types)
-                d.insert(QString::fromLatin1(type), QString::fromLatin1(color));
+            for (const QString &type : types)
+                d.insert(type, color);
         }
         return d;
     }();

@@ -50,6 +50,9 @@ template <typename Theme> ZDHighlightPalette zdHighlightPaletteOfTheme(std::shar
 /// modified. Edits of the document are followed automatically: the edited part is highlighted
 /// again at once (in part or in whole, depending on the text's size and the last measured cost),
 /// and the whole text again in the background half a second after the last edit.
+///
+/// To show a part: set the document's text, then the lexer and palette, then call
+/// `updateHighlightAsync()` (text set while the lexer is plain text costs no interpreter call).
 class ZDDocumentHighlighter : public QObject
 {
     Q_OBJECT
