@@ -1,6 +1,7 @@
 #include "ZDCli.h"
 
 #include "ZDCliCommand.h"
+#include "ZDHighlightCommands.h"
 #include "ZDLanguagesCommand.h"
 #include "ZDPrefsCommand.h"
 #include "ZDResources.h"
@@ -9,6 +10,8 @@ ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaul
 {
     m_commands.push_back(std::make_unique<ZDPrefsCommand>());
     m_commands.push_back(std::make_unique<ZDLanguagesCommand>());
+    m_commands.push_back(std::make_unique<ZDHighlightCommand>());
+    m_commands.push_back(std::make_unique<ZDMarkdownCommand>());
 }
 
 ZDCli::~ZDCli() = default;
