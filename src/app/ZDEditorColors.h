@@ -14,11 +14,3 @@ struct ZDEditorColors
     QColor gutterBackground = QColor(0xF4, 0xF4, 0xF4);
     QColor currentLine = QColor(0xF2, 0xF6, 0xFF);
 };
-
-/// One highlighted stretch of text: a token class such as "Token.Keyword" over UTF-16 indexes.
-struct ZDHighlightRule
-{
-    int begin = 0;
-    int length = 0;
-    QString tokenClass;
-};

@@ -50,8 +50,8 @@ protected:
             return rule.begin + rule.length <= blockStart;
         });
         for (; it != rules.cend() && it->begin < blockEnd; ++it) {
-            const int start = std::max(it->begin, blockStart);
-            const int end = std::min(it->begin + it->length, blockEnd);
+            const int start = std::max(int(it->begin), blockStart);
+            const int end = std::min(int(it->begin + it->length), blockEnd);
             const QColor color = m_view->colorForTokenClass(it->tokenClass);
             if (end > start && color.isValid())
                 setFormat(start - blockStart, end - start, color);

@@ -2,6 +2,7 @@
 
 #include "ZDEditorColors.h"
 #include "ZDEditorSettings.h"
+#include "ZDHighlightRule.h"
 #include "ZDTextEdit.h"
 
 #include <QHash>

@@ -145,8 +145,8 @@ QString ZDSyntaxHighlightedTextView::selectionAsHtml() const
         const QColor color = colorForTokenClass(rule.tokenClass);
         if (!color.isValid())
             continue;
-        const int start = std::max(rule.begin, range.location);
-        const int end = std::min(rule.begin + rule.length, range.end());
+        const int start = std::max(int(rule.begin), range.location);
+        const int end = std::min(int(rule.begin + rule.length), range.end());
         for (int i = start; i < end; ++i)
             colors[i - range.location] = color;
     }

@@ -17,7 +17,7 @@ const QString kPhpLexer = QStringLiteral("PhpLexer");
 const QString kMarkdownLexer = QStringLiteral("MarkdownLexer");
 const QString kPhpPrefix = QStringLiteral("<?php\n");
 
-QString rangeText(ZDTextRange range)
+QString rangeText(ZDCharacterRange range)
 {
     return QStringLiteral("{%1, %2}").arg(range.location).arg(range.length);
 }
@@ -76,14 +76,14 @@ void ZDDocumentHighlighter::setPalette(const ZDHighlightPalette &palette)
 
 // Requesting highlighting -----------------------------------------------------------------------
 
-QString ZDDocumentHighlighter::codeForRange(const QString &text, ZDTextRange range, bool *phpPrefixed) const
+QString ZDDocumentHighlighter::codeForRange(const QString &text, ZDCharacterRange range, bool *phpPrefixed) const
 {
     const QString code = text.mid(range.location, range.length);
     *phpPrefixed = currentLexer() == kPhpLexer && !code.trimmed().startsWith(QStringLiteral("<?php"));
     return *phpPrefixed ? kPhpPrefix + code : code;
 }
 
-void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool async)
+void ZDDocumentHighlighter::updateHighlightForRange(ZDCharacterRange range, bool async)
 {
     if (!m_document)
         return;
@@ -122,14 +122,14 @@ void ZDDocumentHighlighter::updateHighlightForRange(ZDTextRange range, bool asyn
         });
 }
 
-void ZDDocumentHighlighter::applyRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed)
+void ZDDocumentHighlighter::applyRules(const ZDHighlightRules &rules, ZDCharacterRange range, bool phpPrefixed)
 {
     processRules(rules, range, phpPrefixed);
     finishColoring(range);
     Q_EMIT highlightApplied();
 }
 
-void ZDDocumentHighlighter::finishColoring(ZDTextRange range)
+void ZDDocumentHighlighter::finishColoring(ZDCharacterRange range)
 {
     if (m_showInvisibles)
         colorInvisibleCharactersInRange(range);
@@ -166,7 +166,7 @@ void ZDDocumentHighlighter::didUpdateHighlightForEntireContent(double seconds)
 
 // Applying rules --------------------------------------------------------------------------------
 
-void ZDDocumentHighlighter::processRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed)
+void ZDDocumentHighlighter::processRules(const ZDHighlightRules &rules, ZDCharacterRange range, bool phpPrefixed)
 {
     if (!m_document)
         return;
@@ -246,7 +246,7 @@ void ZDDocumentHighlighter::highlightWithRules(const ZDHighlightRules &rules)
     }
 }
 
-void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDTextRange range)
+void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDCharacterRange range)
 {
     if (!m_document)
         return;
@@ -260,7 +260,7 @@ void ZDDocumentHighlighter::colorInvisibleCharactersInRange(ZDTextRange range)
     markDirty(range.location, range.length);
 }
 
-void ZDDocumentHighlighter::detectLinksInRange(ZDTextRange range)
+void ZDDocumentHighlighter::detectLinksInRange(ZDCharacterRange range)
 {
     if (!m_document)
         return;

@@ -17,12 +17,12 @@
 class ZDHighlighter;
 
 /// A range of a text in UTF-16 units.
-struct ZDTextRange
+struct ZDCharacterRange
 {
     qsizetype location = 0;
     qsizetype length = 0;
     qsizetype end() const { return location + length; }
-    bool operator==(const ZDTextRange &other) const = default;
+    bool operator==(const ZDCharacterRange &other) const = default;
 };
 
 /// The colours a document is highlighted with; the editor builds it from its theme.
@@ -86,26 +86,26 @@ public:
     bool automaticLinkDetection() const { return m_detectLinks; }
 
     // Requesting highlighting.
-    void updateHighlightForRange(ZDTextRange range, bool async);
+    void updateHighlightForRange(ZDCharacterRange range, bool async);
     /// The whole text; without an argument, in the background exactly when it is long.
     void updateHighlightAsync(std::optional<bool> async = std::nullopt);
     /// Turns rules of the code sent for `range` into text positions and applies them.
-    void processRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed);
+    void processRules(const ZDHighlightRules &rules, ZDCharacterRange range, bool phpPrefixed);
     /// Applies rules given in text positions.
     void highlightWithRules(const ZDHighlightRules &rules);
-    void colorInvisibleCharactersInRange(ZDTextRange range);
+    void colorInvisibleCharactersInRange(ZDCharacterRange range);
     /// Finds the links of the lines the range touches.
-    void detectLinksInRange(ZDTextRange range);
+    void detectLinksInRange(ZDCharacterRange range);
 
     // Following edits (called by the document's change signal).
-    void textDidChangeInRange(ZDTextRange editedRange, qsizetype originalStringLength,
+    void textDidChangeInRange(ZDCharacterRange editedRange, qsizetype originalStringLength,
                               qsizetype replacementStringLength);
     UpdateMode updateModeOnTextEditedByUser() const;
     /// The range a partial re-highlight covers after an edit (already applied to the text);
     /// none when there is nothing to highlight.
-    std::optional<ZDTextRange> partialRangeForEdit(ZDTextRange editedRange, qsizetype originalStringLength,
+    std::optional<ZDCharacterRange> partialRangeForEdit(ZDCharacterRange editedRange, qsizetype originalStringLength,
                                                    qsizetype replacementStringLength) const;
-    ZDTextRange extendedRangeOfRange(ZDTextRange range, qsizetype maxIndex) const;
+    ZDCharacterRange extendedRangeOfRange(ZDCharacterRange range, qsizetype maxIndex) const;
     void didUpdateHighlightForEntireContent(double seconds);
     bool hasPendingWholeTextPass() const { return m_delayedPass.isActive(); }
 
@@ -129,14 +129,14 @@ private:
     static constexpr quint16 kInvisible = 1;
 
     qsizetype textLength() const { return qsizetype(m_classes.size()); }
-    QString codeForRange(const QString &text, ZDTextRange range, bool *phpPrefixed) const;
-    void applyRules(const ZDHighlightRules &rules, ZDTextRange range, bool phpPrefixed);
-    void finishColoring(ZDTextRange range);
+    QString codeForRange(const QString &text, ZDCharacterRange range, bool *phpPrefixed) const;
+    void applyRules(const ZDHighlightRules &rules, ZDCharacterRange range, bool phpPrefixed);
+    void finishColoring(ZDCharacterRange range);
     void setClassForRange(qsizetype location, qsizetype length, quint16 classId);
     quint16 classIdForType(const QString &tokenClass);
     QColor colorForClassId(quint16 classId) const;
-    ZDTextRange extendedRange(ZDTextRange range, qsizetype maxIndex, const QString &text) const;
-    ZDTextRange cssRange(ZDTextRange range, qsizetype maxIndex, const QString &text) const;
+    ZDCharacterRange extendedRange(ZDCharacterRange range, qsizetype maxIndex, const QString &text) const;
+    ZDCharacterRange cssRange(ZDCharacterRange range, qsizetype maxIndex, const QString &text) const;
 
     void onContentsChange(int position, int charsRemoved, int charsAdded);
     void markDirty(qsizetype location, qsizetype length);

@@ -32,7 +32,7 @@ void ZDDocumentHighlighter::onContentsChange(int position, int charsRemoved, int
     textDidChangeInRange({location, removed}, oldLength, added);
 }
 
-void ZDDocumentHighlighter::textDidChangeInRange(ZDTextRange editedRange, qsizetype originalStringLength,
+void ZDDocumentHighlighter::textDidChangeInRange(ZDCharacterRange editedRange, qsizetype originalStringLength,
                                                  qsizetype replacementStringLength)
 {
     // The model moves with the text: the replaced characters go, the new ones take the type of
@@ -55,7 +55,7 @@ void ZDDocumentHighlighter::textDidChangeInRange(ZDTextRange editedRange, qsizet
         return;
     }
 
-    const std::optional<ZDTextRange> range =
+    const std::optional<ZDCharacterRange> range =
         partialRangeForEdit(editedRange, originalStringLength, replacementStringLength);
     if (!range) {
         flushFormats();
@@ -65,13 +65,13 @@ void ZDDocumentHighlighter::textDidChangeInRange(ZDTextRange editedRange, qsizet
     m_delayedPass.start();
 }
 
-std::optional<ZDTextRange> ZDDocumentHighlighter::partialRangeForEdit(ZDTextRange editedRange,
+std::optional<ZDCharacterRange> ZDDocumentHighlighter::partialRangeForEdit(ZDCharacterRange editedRange,
                                                                       qsizetype originalStringLength,
                                                                       qsizetype replacementStringLength) const
 {
     const qsizetype maxIndex =
         std::min(originalStringLength - editedRange.length + replacementStringLength - 1, textLength() - 1);
-    ZDTextRange range{editedRange.location, replacementStringLength};
+    ZDCharacterRange range{editedRange.location, replacementStringLength};
     if (range.end() - 1 > maxIndex)
         range.length = maxIndex - range.location + 1;
     if (maxIndex < range.location || !m_document)
@@ -81,7 +81,7 @@ std::optional<ZDTextRange> ZDDocumentHighlighter::partialRangeForEdit(ZDTextRang
     if (currentLexer() == kCssLexer) {
         range = cssRange(range, maxIndex, text);
     } else {
-        for (ZDTextRange previous = range;; previous = range) {
+        for (ZDCharacterRange previous = range;; previous = range) {
             range = extendedRange(range, maxIndex, text);
             if (range == previous)
                 break;
@@ -104,12 +104,12 @@ ZDDocumentHighlighter::UpdateMode ZDDocumentHighlighter::updateModeOnTextEditedB
     return m_lastInterval > kPartialModeMinimumInterval ? UpdateMode::Partial : UpdateMode::Full;
 }
 
-ZDTextRange ZDDocumentHighlighter::extendedRangeOfRange(ZDTextRange range, qsizetype maxIndex) const
+ZDCharacterRange ZDDocumentHighlighter::extendedRangeOfRange(ZDCharacterRange range, qsizetype maxIndex) const
 {
     return extendedRange(range, maxIndex, m_document ? m_document->toPlainText() : QString());
 }
 
-ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype maxIndex,
+ZDCharacterRange ZDDocumentHighlighter::extendedRange(ZDCharacterRange range, qsizetype maxIndex,
                                                  const QString &text) const
 {
     qsizetype start = range.location;
@@ -142,7 +142,7 @@ ZDTextRange ZDDocumentHighlighter::extendedRange(ZDTextRange range, qsizetype ma
     return {lineStart, std::max<qsizetype>(0, contentsEnd - lineStart)};
 }
 
-ZDTextRange ZDDocumentHighlighter::cssRange(ZDTextRange range, qsizetype maxIndex, const QString &text) const
+ZDCharacterRange ZDDocumentHighlighter::cssRange(ZDCharacterRange range, qsizetype maxIndex, const QString &text) const
 {
     // A rule of a style sheet is highlighted from its selector to its closing brace.
     qsizetype start = range.location;

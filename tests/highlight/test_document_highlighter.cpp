@@ -221,14 +221,14 @@ private Q_SLOTS:
         Fixture f(m_bridge, text, QStringLiteral("PythonLexer"));
         f.highlighter.updateHighlightAsync(false);
         const qsizetype max = text.size() - 1;
-        QCOMPARE(f.highlighter.extendedRangeOfRange({2, 1}, max), (ZDTextRange{0, 5}));
-        QCOMPARE(f.highlighter.extendedRangeOfRange({0, 0}, max), (ZDTextRange{0, 5}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({2, 1}, max), (ZDCharacterRange{0, 5}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({0, 0}, max), (ZDCharacterRange{0, 5}));
         // Inside the docstring: the whole docstring's lines.
-        QCOMPARE(f.highlighter.extendedRangeOfRange({15, 1}, max), (ZDTextRange{6, 16}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({15, 1}, max), (ZDCharacterRange{6, 16}));
         // A range that starts on a newline keeps its start; the docstring after it joins.
-        QCOMPARE(f.highlighter.extendedRangeOfRange({5, 2}, max), (ZDTextRange{5, 17}));
-        QCOMPARE(f.highlighter.extendedRangeOfRange({24, 1}, max), (ZDTextRange{23, 5}));
-        QCOMPARE(f.highlighter.extendedRangeOfRange({text.size(), 3}, max), (ZDTextRange{text.size(), 3}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({5, 2}, max), (ZDCharacterRange{5, 17}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({24, 1}, max), (ZDCharacterRange{23, 5}));
+        QCOMPARE(f.highlighter.extendedRangeOfRange({text.size(), 3}, max), (ZDCharacterRange{text.size(), 3}));
     }
 
     void chooseFullOrPartialAfterAnEdit()
