@@ -114,7 +114,7 @@ bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packageP
     }
     zdLog(ZDLogLevel::Info, ZDLogDomain::Library,
           QStringLiteral("Successfully write %1 snippets to default local library.")
-              .arg(tree->fileCount(ZDPackageLayout::snippetsDirectory)));
+              .arg(tree->childCount(ZDPackageLayout::snippetsDirectory)));
     return true;
 }
 

@@ -13,6 +13,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <vector>
@@ -37,6 +38,9 @@ struct ZDPackageNode
     quint64 identity = 0;
     std::map<QString, std::unique_ptr<ZDPackageNode>> children;
     QSet<QString> removed;
+    /// Children that are changed or hold changes, so that a write and the clearing of marks
+    /// visit only them and not every file of a large directory.
+    QSet<QString> dirtyChildren;
 
     std::unique_ptr<ZDPackageNode> clone() const
     {
@@ -48,6 +52,7 @@ struct ZDPackageNode
         copy->loaded = loaded;
         copy->identity = identity;
         copy->removed = removed;
+        copy->dirtyChildren = dirtyChildren;
         for (const auto &[name, child] : children)
             copy->children.emplace(name, child->clone());
         return copy;
@@ -59,8 +64,25 @@ struct ZDPackageNode
         subtreeChanged = value;
         if (!value)
             removed.clear();
-        for (auto &entry : children)
+        dirtyChildren.clear();
+        for (auto &entry : children) {
             entry.second->setMarks(value);
+            if (value)
+                dirtyChildren.insert(entry.first);
+        }
+    }
+
+    /// Clears the marks along the changed paths only.
+    void clearMarks()
+    {
+        changed = false;
+        subtreeChanged = false;
+        removed.clear();
+        for (const QString &name : std::as_const(dirtyChildren)) {
+            if (auto child = children.find(name); child != children.end())
+                child->second->clearMarks();
+        }
+        dirtyChildren.clear();
     }
 
     bool hasMarks() const { return changed || subtreeChanged || !removed.isEmpty(); }
@@ -205,23 +227,38 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
     }
 
     ZDPackageNode *identifier = nullptr;
-    for (auto &[name, child] : node.children) {
+    const auto writeChild = [&](const QString &name, ZDPackageNode *child) {
         const QString target = path + QLatin1Char('/') + name;
         if (isRoot && name == kIdentifierName && !child->directory) {
-            identifier = child.get();
-            continue;
+            identifier = child;
+            return true;
         }
         if (child->directory) {
             const bool childFull = full || child->changed;
             if (childFull && !ensureDirectory(target, &entriesChanged, error))
                 return false;
-            if ((childFull || child->subtreeChanged) &&
-                !writeDirectory(*child, target, childFull, false, error))
+            if ((childFull || child->subtreeChanged) && !writeDirectory(*child, target, childFull, false, error))
                 return false;
         } else if (full || child->changed) {
             if (!writeFileAtomically(target, child->contents, error))
                 return false;
             entriesChanged = true;
+        }
+        return true;
+    };
+    if (full) {
+        for (auto &[name, child] : node.children) {
+            if (!writeChild(name, child.get()))
+                return false;
+        }
+    } else {
+        // In name order, like a whole write.
+        QStringList names(node.dirtyChildren.cbegin(), node.dirtyChildren.cend());
+        std::sort(names.begin(), names.end());
+        for (const QString &name : std::as_const(names)) {
+            const auto child = node.children.find(name);
+            if (child != node.children.end() && !writeChild(name, child->second.get()))
+                return false;
         }
     }
 
@@ -409,7 +446,10 @@ bool ZDPackageTree::write(const QString &path, ZDError *error)
     // A package written whole may be new in its parent; make its entry there durable too.
     if (full && !fsyncPath(QFileInfo(path).absolutePath(), true))
         return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
-    m_root->setMarks(false);
+    if (full)
+        m_root->setMarks(false);
+    else
+        m_root->clearMarks();
     m_origin = canonical;
     return true;
 }
@@ -496,6 +536,12 @@ QStringList ZDPackageTree::childNames(const QString &path) const
     return names;
 }
 
+int ZDPackageTree::childCount(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && node->directory ? int(node->children.size()) : 0;
+}
+
 int ZDPackageTree::fileCount(const QString &path) const
 {
     int count = 0;
@@ -512,6 +558,7 @@ static ZDPackageNode *parentForEdit(ZDPackageNode *root, const QStringList &part
     ZDPackageNode *node = root;
     node->subtreeChanged = true;
     for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
+        node->dirtyChildren.insert(parts[i]);
         auto &slot = node->children[parts[i]];
         if (!slot || !slot->directory) {
             slot = std::make_unique<ZDPackageNode>();
@@ -533,6 +580,7 @@ void ZDPackageTree::setFile(const QString &path, const QByteArray &contents)
     node->contents = contents;
     node->subtreeChanged = false;
     parent->children[parts.last()] = std::move(node);
+    parent->dirtyChildren.insert(parts.last());
 }
 
 void ZDPackageTree::makeDirectory(const QString &path)
@@ -546,6 +594,7 @@ void ZDPackageTree::makeDirectory(const QString &path)
     auto node = std::make_unique<ZDPackageNode>();
     node->directory = true;
     parent->children[parts.last()] = std::move(node);
+    parent->dirtyChildren.insert(parts.last());
 }
 
 bool ZDPackageTree::remove(const QString &path)

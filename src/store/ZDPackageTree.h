@@ -59,6 +59,8 @@ public:
     quint64 fileIdentity(const QString &path) const;
     /// The names in the directory at `path`, in the tree's (byte-wise) order.
     QStringList childNames(const QString &path) const;
+    /// How many entries the directory at `path` holds directly (at once, whatever their number).
+    int childCount(const QString &path) const;
     /// How many regular files the directory at `path` holds directly.
     int fileCount(const QString &path) const;
 

@@ -92,14 +92,13 @@ QHash<QString, ZDRecordCache::Entry> ZDRecordCache::read(const QString &cachePat
     QFile file(cachePath);
     if (!file.open(QIODevice::ReadOnly))
         return entries;
-    const QByteArray bytes = file.readAll();
-    if (!bytes.startsWith(kMagic))
+    if (file.read(kMagic.size()) != kMagic)
         return entries;
-    QDataStream stream(bytes.sliced(kMagic.size()));
+    QDataStream stream(&file);
     stream.setVersion(QDataStream::Qt_6_4);
     qint64 count = 0;
     stream >> count;
-    if (count < 0 || count > bytes.size())
+    if (count < 0 || count > file.size())
         return entries;
     ZDLanguageRegistry *languages = ZDLanguageRegistry::shared();
     entries.reserve(count);
