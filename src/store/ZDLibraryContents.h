@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ZDPackageTree.h"
+#include "ZDRecordTypes.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QStringList>
+
+/// The records of a package tree, and their encodings back into the tree's files.
+///
+/// Reading never fails as a whole: a snippet file or list element that does not unarchive is
+/// skipped and counted, so that one damaged record costs only itself.
+struct ZDLibraryContents
+{
+    ZDSnippetList snippets;
+    QList<ZDCategoryNodePtr> rootFolderNodes;
+    QList<ZDCategoryNodePtr> shortcutNodes;
+    QList<ZDCategoryNodePtr> smartGroupNodes;
+    ZDTagList tags;
+    /// Read from the top-level "deletion.data" (which the store never writes; see
+    /// ZDPackageLayout), so usually empty.
+    QStringList deletedUUIDs;
+
+    /// Records that could not be read, by file ("Database/tags.data", or a snippet's file).
+    QStringList unreadableRecords;
+    /// List files that are not lists at all.
+    QStringList unreadableFiles;
+
+    /// Reads every record of `tree`. Snippet files are unarchived on all cores. With a
+    /// `cachePath` (ZDRecordCache), snippets whose files are unchanged come from the cache, and
+    /// the cache is brought up to date when the library has at least `cacheMinimum` snippets.
+    static ZDLibraryContents read(const ZDPackageTree &tree, const QString &cachePath = {}, int cacheMinimum = 1000);
+
+    /// A list file holding the nodes' archives.
+    static QByteArray encodeNodes(const QList<ZDCategoryNodePtr> &nodes);
+    static QByteArray encodeTags(const ZDTagList &tags);
+};
