@@ -11,9 +11,9 @@
 #include <QSet>
 #include <QUuid>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <vector>
@@ -34,7 +34,8 @@ struct ZDPackageNode
     mutable QByteArray contents;
     /// False while a file read on demand still has its bytes on disk only.
     mutable bool loaded = true;
-    /// The file's inode when it was read from disk; 0 for files made in memory.
+    /// A digest of the file's inode, size and times when it was read from disk; 0 for files made
+    /// in memory.
     quint64 identity = 0;
     std::map<QString, std::unique_ptr<ZDPackageNode>> children;
     QSet<QString> removed;
@@ -237,7 +238,8 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
             const bool childFull = full || child->changed;
             if (childFull && !ensureDirectory(target, &entriesChanged, error))
                 return false;
-            if ((childFull || child->subtreeChanged) && !writeDirectory(*child, target, childFull, false, error))
+            if ((childFull || child->subtreeChanged) &&
+                !writeDirectory(*child, target, childFull, false, error))
                 return false;
         } else if (full || child->changed) {
             if (!writeFileAtomically(target, child->contents, error))
@@ -318,6 +320,27 @@ bool readFileAt(int directoryFd, const char *name, const QString &path, QByteArr
 
 // Reads a directory with the system calls themselves: libraries hold one file per snippet, and
 // per-file overhead is most of the load time.
+// Inode numbers are reused as soon as a file is freed, so a replaced file can come back with the
+// inode of an older version of itself: the identity also takes the size and both times (the
+// change time moves on every rename and write).
+quint64 fileIdentityOf(const struct stat &info)
+{
+    quint64 digest = 0x9E3779B97F4A7C15ULL;
+    const auto mix = [&digest](quint64 value) {
+        digest ^= value + 0x9E3779B97F4A7C15ULL + (digest << 6) + (digest >> 2);
+        digest *= 0xBF58476D1CE4E5B9ULL;
+        digest ^= digest >> 31;
+    };
+    mix(quint64(info.st_dev));
+    mix(quint64(info.st_ino));
+    mix(quint64(info.st_size));
+    mix(quint64(info.st_mtim.tv_sec));
+    mix(quint64(info.st_mtim.tv_nsec));
+    mix(quint64(info.st_ctim.tv_sec));
+    mix(quint64(info.st_ctim.tv_nsec));
+    return digest == 0 ? 1 : digest;
+}
+
 bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDError *error)
 {
     DIR *directory = ::opendir(QFile::encodeName(path).constData());
@@ -348,14 +371,17 @@ bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDEr
         if (name.startsWith(kTemporaryPrefix))
             continue;
         unsigned char type = entry->d_type;
-        if (type == DT_UNKNOWN) {
+        quint64 identity = 0;
+        if (type == DT_UNKNOWN || type == DT_REG) {
             struct stat info;
             if (::fstatat(directoryFd, rawName, &info, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
             type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
+            if (type == DT_REG)
+                identity = fileIdentityOf(info);
         }
         if (type == DT_DIR || type == DT_REG) // links and special files are not part of a package
-            entries.push_back({QByteArray(rawName), name, type == DT_DIR, quint64(entry->d_ino)});
+            entries.push_back({QByteArray(rawName), name, type == DT_DIR, identity});
     }
 
     for (size_t index = 0; ok && index < entries.size(); ++index) {
@@ -369,7 +395,8 @@ bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDEr
         } else if (onDemand) {
             child->loaded = false;
         } else {
-            ok = readFileAt(directoryFd, entries[index].rawName.constData(), childPath, &child->contents, error);
+            ok = readFileAt(directoryFd, entries[index].rawName.constData(), childPath, &child->contents,
+                            error);
         }
         if (ok)
             node.children.emplace(entries[index].name, std::move(child));
@@ -515,7 +542,7 @@ void ZDPackageTree::loadContents(const ZDPackageNode &node, const QString &path)
 void ZDPackageTree::loadAllContents() const
 {
     const std::function<void(const ZDPackageNode &, const QString &)> visit = [&](const ZDPackageNode &node,
-                                                                                 const QString &path) {
+                                                                                  const QString &path) {
         if (!node.directory) {
             loadContents(node, path);
             return;

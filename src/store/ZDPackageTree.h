@@ -54,8 +54,9 @@ public:
     bool isDirectory(const QString &path) const;
     /// The bytes of the file at `path`; empty when there is none (see isFile()).
     QByteArray fileContents(const QString &path) const;
-    /// The inode the file at `path` had when the tree was read; 0 when it was made or changed in
-    /// memory since. Files are replaced by rename, so an equal identity means unchanged bytes.
+    /// A digest of the inode, size and modification and change times the file at `path` had when
+    /// the tree was read; 0 when it was made or changed in memory since. An equal identity means
+    /// the file was not written since.
     quint64 fileIdentity(const QString &path) const;
     /// The names in the directory at `path`, in the tree's (byte-wise) order.
     QStringList childNames(const QString &path) const;

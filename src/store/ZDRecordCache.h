@@ -7,9 +7,9 @@
 #include <QString>
 
 /// A compact copy of a large library's snippets in the user's cache folder, so that loading does
-/// not read and unarchive every snippet file. An entry stands for the file (name and inode) it
-/// was made from; the package's files are replaced by rename, never rewritten in place, so a
-/// file that changed has another inode and is read from the package instead. The cache is only
+/// not read and unarchive every snippet file. An entry stands for the file it was made from (its
+/// name and `ZDPackageTree::fileIdentity`: inode, size and times); a file written since, in place
+/// or by rename, has another identity and is read from the package instead. The cache is only
 /// ever a shortcut: a missing or damaged cache costs time, not data.
 namespace ZDRecordCache {
 

@@ -9,6 +9,7 @@
 #include "ZDStoreErrors.h"
 #include "ZDTestSupport.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -69,16 +70,19 @@ Populated populate(ZDDataCenter &center)
     p.tag = ZDTag::create(QStringLiteral("café"));
     center.setRootFolderNodes({p.folder});
     center.setShortcutNodes({ZDCategoryNode::shortcutNodeWithTargetUUID(p.child->UUID())});
-    center.setSmartGroupNodes({ZDCategoryNode::smartGroupNodeWithTitle(QStringLiteral("Recent"), {},
-                                                                       QStringLiteral("title CONTAINS[cd] \"x\""))});
+    center.setSmartGroupNodes({ZDCategoryNode::smartGroupNodeWithTitle(
+        QStringLiteral("Recent"), {}, QStringLiteral("title CONTAINS[cd] \"x\""))});
     center.setTags({p.tag, ZDTag::create(QStringLiteral("other"))});
-    p.first = zdTestSnippet(QStringLiteral("Grüße 👋"), p.child->UUID(), QStringLiteral("def f():\n    pass\n"));
-    p.first->parts().first()->setLanguage(ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer")));
+    p.first =
+        zdTestSnippet(QStringLiteral("Grüße 👋"), p.child->UUID(), QStringLiteral("def f():\n    pass\n"));
+    p.first->parts().first()->setLanguage(
+        ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer")));
     p.first->parts().first()->setNote(QStringLiteral("a note"));
     p.first->setTagUUIDs({p.tag->UUID()});
     p.first->setGistIdentifier(QStringLiteral("abc123"));
     p.second = zdTestSnippet(QStringLiteral("second"));
-    p.second->setParts(p.second->parts() + QList{ZDSnippetPart::create(QStringLiteral("two"), p.second->UUID())});
+    p.second->setParts(p.second->parts() +
+                       QList{ZDSnippetPart::create(QStringLiteral("two"), p.second->UUID())});
     center.addSnippetsFromArray({p.first, p.second});
     return p;
 }
@@ -106,9 +110,11 @@ TEST(DataCenter, WrittenLibraryReadsBackIdenticallyAndDecodesAsAKeyedArchive)
     }
     EXPECT_EQ(reopened->tagNames(), (QStringList{QStringLiteral("café"), QStringLiteral("other")}));
     EXPECT_EQ(reopened->folderTitles(), center->folderTitles());
-    EXPECT_EQ(reopened->defaultLanguageIdentifierForFolderWithUUID(p.child->UUID()), QStringLiteral("PythonLexer"));
+    EXPECT_EQ(reopened->defaultLanguageIdentifierForFolderWithUUID(p.child->UUID()),
+              QStringLiteral("PythonLexer"));
     EXPECT_EQ(reopened->shortcutNodes().first()->UUID(), p.child->UUID());
-    EXPECT_EQ(reopened->smartGroupNodes().first()->predicateString(), QStringLiteral("title CONTAINS[cd] \"x\""));
+    EXPECT_EQ(reopened->smartGroupNodes().first()->predicateString(),
+              QStringLiteral("title CONTAINS[cd] \"x\""));
     EXPECT_EQ(reopened->titleForShortcutNodeWithUUID(reopened->smartGroupNodes().first()->UUID(), {}),
               QStringLiteral("Recent"));
     EXPECT_EQ(reopened->titleForShortcutNodeWithUUID(QString(), {}), QStringLiteral("(null)"));
@@ -140,9 +146,10 @@ TEST(DataCenter, WrittenLibraryReadsBackIdenticallyAndDecodesAsAKeyedArchive)
         }
     }
     plist_free(root);
-    for (const char *key : {"com.varnok.Zandrio.Key.SnippetTitle", "com.varnok.Zandrio.Key.SnippetUUID",
-                            "com.varnok.Zandrio.Key.SnippetFolderUUID", "com.varnok.Zandrio.Key.SnippetParts",
-                            "com.varnok.Zandrio.Key.SnippetPartContent", "com.varnok.Zandrio.Key.SnippetPartLanguage"})
+    for (const char *key :
+         {"com.varnok.Zandrio.Key.SnippetTitle", "com.varnok.Zandrio.Key.SnippetUUID",
+          "com.varnok.Zandrio.Key.SnippetFolderUUID", "com.varnok.Zandrio.Key.SnippetParts",
+          "com.varnok.Zandrio.Key.SnippetPartContent", "com.varnok.Zandrio.Key.SnippetPartLanguage"})
         EXPECT_TRUE(keys.contains(QLatin1String(key))) << key;
     EXPECT_TRUE(classNames.contains(QStringLiteral("ZDSnippet")));
     EXPECT_TRUE(classNames.contains(QStringLiteral("ZDSnippetPart")));
@@ -155,9 +162,9 @@ TEST(DataCenter, ReAddingASnippetReplacesItAndMovesItToTheEnd)
     const ZDSnippetPtr a = zdTestSnippet(QStringLiteral("a"));
     const ZDSnippetPtr b = zdTestSnippet(QStringLiteral("b"));
     center->addSnippetsFromArray({a, b});
-    const auto replacement = std::make_shared<ZDSnippet>(
-        QStringLiteral("a2"), a->UUID(), a->folderUUID(), QStringList(), QString(), QString(), QString(),
-        a->parts(), a->dateCreated(), a->dateModified());
+    const auto replacement = std::make_shared<ZDSnippet>(QStringLiteral("a2"), a->UUID(), a->folderUUID(),
+                                                         QStringList(), QString(), QString(), QString(),
+                                                         a->parts(), a->dateCreated(), a->dateModified());
     center->addSnippetsFromArray({replacement, replacement});
     ASSERT_EQ(center->snippets().size(), 2);
     EXPECT_EQ(center->snippets().at(0), b);
@@ -314,7 +321,8 @@ TEST(DataCenter, RepairFixesDanglingReferencesAndIsSaved)
         const ZDSnippetPtr lost = zdTestSnippet(QStringLiteral("lost"), QStringLiteral("NO-SUCH-FOLDER"));
         p.first->setTagUUIDs({p.tag->UUID(), QStringLiteral("NO-SUCH-TAG")});
         center->addSnippetsFromArray({lost, p.first});
-        center->setShortcutNodes(center->shortcutNodes() + QList{ZDCategoryNode::shortcutNodeWithTargetUUID(QStringLiteral("GONE"))});
+        center->setShortcutNodes(center->shortcutNodes() +
+                                 QList{ZDCategoryNode::shortcutNodeWithTargetUUID(QStringLiteral("GONE"))});
         ASSERT_TRUE(center->save());
         orphan = lost->UUID();
         tagged = p.first->UUID();
@@ -351,7 +359,8 @@ TEST(DataCenter, DeletionListIsWrittenInsideTheDatabaseButReadFromTheTop)
     center->removeSnippetsFromArray({gone});
     EXPECT_EQ(center->deletedUUIDs(), QStringList{gone->UUID()});
     ASSERT_TRUE(center->save());
-    EXPECT_FALSE(QFileInfo::exists(library.path + QLatin1Char('/') + ZDPackageLayout::snippetFilePath(gone->UUID())));
+    EXPECT_FALSE(
+        QFileInfo::exists(library.path + QLatin1Char('/') + ZDPackageLayout::snippetFilePath(gone->UUID())));
     const QByteArray written = readFile(library.path + QStringLiteral("/Database/deletion.data"));
     EXPECT_EQ(ZDPackageFormat::decodeDeletionList(written), QStringList{gone->UUID()});
 
@@ -459,8 +468,26 @@ TEST(DataCenter, TheSnippetCacheServesUnchangedFilesOnly)
         auto center = library.open();
         EXPECT_EQ(center->snippetWithUUID(kept->UUID())->title(), QStringLiteral("from the cache"));
         EXPECT_EQ(center->snippetWithUUID(changed->UUID())->title(), QStringLiteral("changed elsewhere"));
-        EXPECT_TRUE(center->snippetWithUUID(changed->UUID())->isIdentical(
-            ZDRecordCache::read(cachePath).value(changed->UUID() + QStringLiteral(".data")).snippet.get()));
+        EXPECT_TRUE(center->snippetWithUUID(changed->UUID())
+                        ->isIdentical(ZDRecordCache::read(cachePath)
+                                          .value(changed->UUID() + QStringLiteral(".data"))
+                                          .snippet.get()));
+    }
+
+    // A file rewritten in place keeps its inode (as does a new file that reuses a freed one): its
+    // size or times still tell it from the cached version.
+    {
+        const QString keptPath = library.path + QLatin1Char('/') + ZDPackageLayout::snippetsDirectory +
+                                 QLatin1Char('/') + keptName;
+        QFile keptFile(keptPath);
+        ASSERT_TRUE(keptFile.open(QIODevice::ReadOnly));
+        const QByteArray bytes = keptFile.readAll();
+        keptFile.close();
+        ASSERT_TRUE(keptFile.open(QIODevice::WriteOnly)); // truncates, same inode
+        keptFile.write(bytes);
+        keptFile.setFileTime(QDateTime::currentDateTimeUtc().addSecs(1), QFileDevice::FileModificationTime);
+        keptFile.close();
+        EXPECT_EQ(library.open()->snippetWithUUID(kept->UUID())->title(), QStringLiteral("kept"));
     }
 
     // A damaged cache is ignored.
