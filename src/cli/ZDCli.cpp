@@ -5,6 +5,7 @@
 #include "ZDLanguagesCommand.h"
 #include "ZDPrefsCommand.h"
 #include "ZDResources.h"
+#include "ZDSearchCommands.h"
 
 ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaults(defaults), m_languages(languages)
 {
@@ -12,6 +13,8 @@ ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaul
     m_commands.push_back(std::make_unique<ZDLanguagesCommand>());
     m_commands.push_back(std::make_unique<ZDHighlightCommand>());
     m_commands.push_back(std::make_unique<ZDMarkdownCommand>());
+    m_commands.push_back(std::make_unique<ZDSearchCommand>());
+    m_commands.push_back(std::make_unique<ZDCompleteCommand>());
 }
 
 ZDCli::~ZDCli() = default;

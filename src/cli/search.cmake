@@ -1,0 +1,5 @@
+# The search commands.
+target_sources(zdcli PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/ZDSearchCommands.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSearchCommands.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDSnippetJson.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSnippetJson.h)
+target_link_libraries(zdcli PUBLIC zdsearch zdstore)
