@@ -62,6 +62,8 @@ ZDFullTextIndex::ZDFullTextIndex(const QString &name)
 
 ZDFullTextIndex::~ZDFullTextIndex()
 {
+    sqlite3_finalize(m_insert);
+    sqlite3_finalize(m_delete);
     if (m_db)
         sqlite3_close(m_db);
 }
@@ -88,31 +90,35 @@ void ZDFullTextIndex::beginIfNeeded()
         m_inTransaction = exec("BEGIN");
 }
 
+bool ZDFullTextIndex::writeRow(sqlite3_stmt *&statement, const QByteArray &sql, qint64 rowid, const QString &text)
+{
+    if (!statement && sqlite3_prepare_v3(m_db, sql.constData(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
+        m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
+        return false;
+    }
+    const QByteArray utf8 = text.toUtf8();
+    sqlite3_bind_int64(statement, 1, rowid);
+    sqlite3_bind_text(statement, 2, utf8.constData(), int(utf8.size()), SQLITE_STATIC);
+    const bool done = sqlite3_step(statement) == SQLITE_DONE;
+    if (!done)
+        m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    return done;
+}
+
 bool ZDFullTextIndex::insertRow(qint64 rowid, const QString &text)
 {
-    Statement statement(m_db, "INSERT INTO " + m_table + "(rowid, body) VALUES (?1, ?2)");
-    if (!statement)
-        return false;
-    sqlite3_bind_int64(statement.get(), 1, rowid);
-    statement.bindText(2, text);
-    if (sqlite3_step(statement.get()) == SQLITE_DONE)
-        return true;
-    m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
-    return false;
+    m_writing = {rowid, false};
+    return writeRow(m_insert, "INSERT INTO " + m_table + "(rowid, body) VALUES (?1, ?2)", rowid, text);
 }
 
 bool ZDFullTextIndex::deleteRow(qint64 rowid, const QString &text)
 {
     // A table without stored content forgets a row by being told the terms it was indexed with.
-    Statement statement(m_db, "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)");
-    if (!statement)
-        return false;
-    sqlite3_bind_int64(statement.get(), 1, rowid);
-    statement.bindText(2, text);
-    if (sqlite3_step(statement.get()) == SQLITE_DONE)
-        return true;
-    m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
-    return false;
+    m_writing = {rowid, true};
+    return writeRow(m_delete, "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)",
+                    rowid, text);
 }
 
 qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &text, const QString &previousText)
@@ -169,6 +175,8 @@ bool ZDFullTextIndex::compact(const std::function<QString(const QString &identif
     beginIfNeeded();
     if (!exec(QByteArray("INSERT INTO " + m_table + "(" + m_table + ") VALUES ('delete-all')").constData()))
         return false;
+    for (std::vector<quint32> &posting : m_postings)
+        posting.clear();
     QHash<QString, qint64> ids;
     QHash<qint64, QString> identifiers;
     qint64 next = 0;
@@ -244,50 +252,84 @@ QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits,
 
 void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
 {
-    // Called by the tokenizer while a write holds the lock.
+    // Called by the tokenizer while a write holds the lock: keeps the vocabulary and each
+    // term's sorted list of document numbers in step with the table.
     const QByteArray key = QByteArray::fromRawData(term, length);
-    if (m_termSet.contains(key))
+    auto found = m_termIds.constFind(key);
+    int id;
+    if (found != m_termIds.constEnd()) {
+        id = found.value();
+    } else {
+        if (m_writing.removing)
+            return;
+        id = int(m_termStarts.size());
+        m_vocabulary.append('\n');
+        m_termStarts.push_back(int(m_vocabulary.size()));
+        m_vocabulary.append(term, length);
+        m_termIds.insert(QByteArray(term, length), id);
+        m_postings.emplace_back();
+    }
+    std::vector<quint32> &posting = m_postings[size_t(id)];
+    const auto document = quint32(m_writing.rowid);
+    if (!m_writing.removing && (posting.empty() || posting.back() < document)) {
+        posting.push_back(document);
         return;
-    const QByteArray owned(term, length);
-    m_termSet.insert(owned);
-    m_vocabulary.append('\n');
-    m_termStarts.push_back(int(m_vocabulary.size()));
-    m_vocabulary.append(owned);
+    }
+    const auto at = std::lower_bound(posting.begin(), posting.end(), document);
+    const bool present = at != posting.end() && *at == document;
+    if (m_writing.removing && present)
+        posting.erase(at);
+    else if (!m_writing.removing && !present)
+        posting.insert(at, document);
+}
+
+std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const
+{
+    std::vector<int> ids;
+    if (fragment.isEmpty())
+        return ids;
+    if (placement == ZDTermPlacement::Whole) {
+        if (const auto found = m_termIds.constFind(fragment); found != m_termIds.constEnd())
+            ids.push_back(found.value());
+        return ids;
+    }
+    const QByteArrayMatcher matcher(fragment);
+    const qsizetype vocabularySize = m_vocabulary.size();
+    qsizetype from = 0;
+    while ((from = matcher.indexIn(m_vocabulary, from)) >= 0) {
+        // The term holding this occurrence: the last one starting at or before it.
+        const auto it = std::upper_bound(m_termStarts.begin(), m_termStarts.end(), int(from));
+        const int id = int(it - m_termStarts.begin()) - 1;
+        const qsizetype start = m_termStarts[size_t(id)];
+        const qsizetype end = size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : vocabularySize;
+        const QByteArrayView term(m_vocabulary.constData() + start, end - start);
+        const bool atStart = term.startsWith(fragment);
+        const bool atEnd = term.endsWith(fragment);
+        from = end; // one look at each term is enough
+        if ((placement == ZDTermPlacement::AtStart && !atStart) || (placement == ZDTermPlacement::AtEnd && !atEnd))
+            continue;
+        ids.push_back(id);
+    }
+    return ids;
+}
+
+QByteArray ZDFullTextIndex::termWithId(int id) const
+{
+    const qsizetype start = m_termStarts[size_t(id)];
+    const qsizetype end = size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : m_vocabulary.size();
+    return m_vocabulary.mid(start, end - start);
 }
 
 QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, ZDTermPlacement placement,
                                                    int limit) const
 {
     std::lock_guard lock(m_mutex);
+    std::vector<int> ids = termIdsContaining(fragment, placement);
+    // Terms that no document holds any more are left out.
+    std::erase_if(ids, [this](int id) { return m_postings[size_t(id)].empty(); });
     QList<QByteArray> terms;
-    if (fragment.isEmpty())
-        return terms;
-    if (placement == ZDTermPlacement::Whole) {
-        if (m_termSet.contains(fragment))
-            terms.append(fragment);
-        return terms;
-    }
-    const QByteArrayMatcher matcher(fragment);
-    const qsizetype vocabularySize = m_vocabulary.size();
-    qsizetype from = 0;
-    qsizetype lastTerm = -1;
-    while ((from = matcher.indexIn(m_vocabulary, from)) >= 0) {
-        // The term holding this occurrence: the last one starting at or before it.
-        const auto it = std::upper_bound(m_termStarts.begin(), m_termStarts.end(), int(from));
-        const qsizetype index = (it - m_termStarts.begin()) - 1;
-        const qsizetype start = m_termStarts[size_t(index)];
-        const qsizetype end = size_t(index + 1) < m_termStarts.size() ? m_termStarts[size_t(index + 1)] - 1
-                                                                       : vocabularySize;
-        from += 1;
-        if (index == lastTerm)
-            continue;
-        const bool atStart = from - 1 == start;
-        const bool atEnd = from - 1 + fragment.size() == end;
-        if ((placement == ZDTermPlacement::AtStart && !atStart) || (placement == ZDTermPlacement::AtEnd && !atEnd))
-            continue;
-        lastTerm = index;
-        terms.append(m_vocabulary.mid(start, end - start));
-    }
+    for (int id : ids)
+        terms.append(termWithId(id));
     if (limit >= 0 && terms.size() > limit) {
         std::stable_sort(terms.begin(), terms.end(),
                          [](const QByteArray &a, const QByteArray &b) { return a.size() < b.size(); });
@@ -296,31 +338,14 @@ QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, Z
     return terms;
 }
 
-std::vector<bool> ZDFullTextIndex::documentsWithAnyTerm(const QList<QByteArray> &terms) const
+std::vector<bool> ZDFullTextIndex::documentsWithTermsContaining(const QByteArray &fragment,
+                                                                ZDTermPlacement placement) const
 {
     std::lock_guard lock(m_mutex);
     std::vector<bool> documents(size_t(m_maximumID + 1), false);
-    if (!m_db || terms.isEmpty())
-        return documents;
-    Statement statement(m_db, "SELECT rowid FROM " + m_table + " WHERE " + m_table + " MATCH ?1");
-    if (!statement)
-        return documents;
-    // Terms hold only letters and digits, so each quoted term is one token.
-    constexpr int batch = 256;
-    for (qsizetype first = 0; first < terms.size(); first += batch) {
-        QByteArray query;
-        for (qsizetype i = first; i < std::min(terms.size(), first + batch); ++i) {
-            if (!query.isEmpty())
-                query += " OR ";
-            query += '"' + terms[i] + '"';
-        }
-        sqlite3_reset(statement.get());
-        sqlite3_bind_text(statement.get(), 1, query.constData(), int(query.size()), SQLITE_TRANSIENT);
-        while (sqlite3_step(statement.get()) == SQLITE_ROW) {
-            const qint64 rowid = sqlite3_column_int64(statement.get(), 0);
-            if (rowid > 0 && rowid <= m_maximumID)
-                documents[size_t(rowid)] = true;
-        }
+    for (int id : termIdsContaining(fragment, placement)) {
+        for (quint32 document : m_postings[size_t(id)])
+            documents[document] = true;
     }
     return documents;
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 /// One hit of a ranked query: the document's identity and its relevance (greater is better,
 /// always above zero).
@@ -66,31 +67,45 @@ public:
     /// may linger.
     QList<QByteArray> termsContaining(const QByteArray &fragment, ZDTermPlacement placement,
                                       int limit = -1) const;
-    /// The numbers of the documents holding any of `terms`; a vector indexed by number.
-    std::vector<bool> documentsWithAnyTerm(const QList<QByteArray> &terms) const;
+    /// The documents holding a term with `fragment` where `placement` says: a vector indexed
+    /// by document number.
+    std::vector<bool> documentsWithTermsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
 
     /// Called by the tokenizer for every term of a document being written (lock held).
     void noteIndexedTerm(const char *term, int length);
 
 private:
     bool exec(const char *sql) const;
+    bool writeRow(sqlite3_stmt *&statement, const QByteArray &sql, qint64 rowid, const QString &text);
     bool insertRow(qint64 rowid, const QString &text);
     bool deleteRow(qint64 rowid, const QString &text);
     void beginIfNeeded();
+    std::vector<int> termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
+    QByteArray termWithId(int id) const;
 
 
     QString m_name;
     QByteArray m_table;
     sqlite3 *m_db = nullptr;
+    sqlite3_stmt *m_insert = nullptr;
+    sqlite3_stmt *m_delete = nullptr;
     mutable std::recursive_mutex m_mutex;
     mutable QString m_lastError;
     bool m_inTransaction = false;
     QHash<QString, qint64> m_idByIdentifier;
     QHash<qint64, QString> m_identifierById;
     qint64 m_maximumID = 0;
-    // The vocabulary: every term seen, each as "\n" + term in one buffer, for fast substring
-    // scans (a scan of the fts5vocab table reads every doclist and is far slower).
+    // The vocabulary: every term seen, each as "\n" + term in one buffer (in id order), for
+    // fast substring scans; a scan of an fts5vocab table reads every doclist and is far slower,
+    // and so is asking the table for the documents of many terms at once.
     QByteArray m_vocabulary;
     std::vector<int> m_termStarts;
-    QSet<QByteArray> m_termSet;
+    QHash<QByteArray, int> m_termIds;
+    // For each term, the numbers of the documents holding it, ascending.
+    std::vector<std::vector<quint32>> m_postings;
+    struct Writing
+    {
+        qint64 rowid = 0;
+        bool removing = false;
+    } m_writing;
 };

@@ -70,7 +70,7 @@ void intersect(std::vector<bool> &into, const std::vector<bool> &other)
 void prune(WordFilter &filter, const QString &folded, const ZDFullTextIndex &index, bool matchesCase)
 {
     if (ZDFoldingTokenizer::isSingleTerm(folded)) {
-        filter.candidates = index.documentsWithAnyTerm(index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere));
+        filter.candidates = index.documentsWithTermsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere);
         filter.pruned = true;
         filter.decisive = !matchesCase;
         return;
@@ -85,8 +85,7 @@ void prune(WordFilter &filter, const QString &folded, const ZDFullTextIndex &ind
     if (runs.size() > 3)
         runs.resize(3);
     for (const Run &run : std::as_const(runs)) {
-        const std::vector<bool> documents =
-            index.documentsWithAnyTerm(index.termsContaining(run.text.toUtf8(), placementOf(run)));
+        const std::vector<bool> documents = index.documentsWithTermsContaining(run.text.toUtf8(), placementOf(run));
         if (!filter.pruned)
             filter.candidates = documents;
         else
