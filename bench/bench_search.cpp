@@ -117,7 +117,10 @@ int main(int argc, char *argv[])
     std::printf("\n%-30s %8s %9s %9s %9s %11s\n", "query (full text)", "matches", "p50 ms", "p95 ms", "max ms",
                 "rg -i -F -l");
     std::vector<double> all;
+    const QString only = qEnvironmentVariable("ZD_BENCH_ONLY"); // run only the queries whose label holds this
     for (const Query &query : queries) {
+        if (!only.isEmpty() && !QString::fromLatin1(query.label).contains(only))
+            continue;
         std::vector<double> times;
         qsizetype matches = 0;
         for (int round = 0; round < rounds; ++round) {

@@ -1,6 +1,6 @@
 #include "ZDFoldingTokenizer.h"
 
-#include "ZDTextFolding.h"
+#include "ZDSearchFolding.h"
 
 #include <sqlite3.h>
 
@@ -154,7 +154,7 @@ int tokenizeText(void *context, bool fold, const char *text, int length, TokenCa
 
     // Offsets are reported in the folded text; nothing of ours reads them back.
     const QString decoded = QString::fromUtf8(text, length);
-    const QString folded = fold ? ZDTextFolding::folded(decoded) : decoded;
+    const QString folded = fold ? ZDSearchFolding::folded(decoded) : decoded;
     return forEachTerm(folded, [&](QStringView term, qsizetype start, qsizetype end) {
         const QByteArray utf8 = term.toUtf8();
         return emit(context, 0, utf8.constData(), int(utf8.size()), int(qMin<qsizetype>(start, length)),
@@ -191,7 +191,7 @@ bool registerWith(sqlite3 *db, TermObserver observer, void *context)
 QStringList terms(const QString &text)
 {
     QStringList result;
-    forEachTerm(ZDTextFolding::folded(text), [&](QStringView term, qsizetype, qsizetype) {
+    forEachTerm(ZDSearchFolding::folded(text), [&](QStringView term, qsizetype, qsizetype) {
         result.append(term.toString());
         return SQLITE_OK;
     });

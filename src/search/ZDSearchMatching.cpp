@@ -4,6 +4,7 @@
 #include "ZDFoldingTokenizer.h"
 #include "ZDSearchEngine.h"
 #include "ZDSnippet.h"
+#include "ZDSearchFolding.h"
 #include "ZDSnippetIndexes.h"
 #include "ZDTextFolding.h"
 
@@ -150,7 +151,7 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
             }
             if (!text) {
                 const QString source = fullText ? snippet->stringRepresentation() : snippet->title();
-                text = matchesCase ? ZDTextFolding::removingDiacritics(source) : ZDTextFolding::folded(source);
+                text = ZDSearchFolding::folded(source, !matchesCase);
             }
             if (!text->contains(filter.needle)) {
                 matched = false;

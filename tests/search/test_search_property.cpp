@@ -6,6 +6,8 @@
 
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDPredicate.h"
+#include "ZDSearchFolding.h"
+#include "ZDTextFolding.h"
 
 #include <QRandomGenerator>
 
@@ -153,5 +155,24 @@ TEST_F(SearchPropertyTest, TheEngineFindsWhatAPlainScanFinds)
         ZDTestSupport::waitFor([] { return false; }, 20);
         engine->waitUntilIndexIsIdle();
         expectSameAsPlainScan(random, 150, "after changes");
+    }
+}
+
+TEST(SearchFolding, EqualsTheRecordsFoldingOnMixedText)
+{
+    // ASCII beside combining marks, Hangul jamo, ligatures, astral letters and odd case pairs.
+    const QList<QPair<char32_t, char32_t>> blocks = {{0x20, 0x7e}, {0xc0, 0x24f}, {0x300, 0x36f}, {0x370, 0x3ff},
+                                                     {0x1100, 0x11ff}, {0x1e00, 0x1eff}, {0x2100, 0x214f},
+                                                     {0xac00, 0xac40}, {0xfb00, 0xfb06}, {0x1d400, 0x1d4ff}};
+    QRandomGenerator random(99);
+    for (int round = 0; round < 3000; ++round) {
+        QString text;
+        for (int i = random.bounded(12); i > 0; --i) {
+            const auto &[first, last] = blocks[random.bounded(int(blocks.size()))];
+            text += QString::fromUcs4(std::array<char32_t, 1>{char32_t(first + random.bounded(int(last - first + 1)))}.data(), 1);
+        }
+        const bool caseInsensitive = random.bounded(2);
+        ASSERT_EQ(ZDSearchFolding::folded(text, caseInsensitive), ZDTextFolding::folded(text, caseInsensitive, true))
+            << text.toStdString();
     }
 }
