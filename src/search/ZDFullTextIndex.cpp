@@ -244,7 +244,7 @@ QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits,
         &deadline);
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
         const qint64 rowid = sqlite3_column_int64(statement.get(), 0);
-        hits.append({m_identifierById.value(rowid), -sqlite3_column_double(statement.get(), 1)});
+        hits.append({m_identifierById.value(rowid), rowid, -sqlite3_column_double(statement.get(), 1)});
     }
     sqlite3_progress_handler(m_db, 0, nullptr, nullptr);
     return hits;

@@ -18,6 +18,7 @@ struct sqlite3_stmt;
 struct ZDIndexHit
 {
     QString identifier;
+    qint64 documentID = 0;
     double score = 0;
 };
 

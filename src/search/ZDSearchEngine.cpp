@@ -67,6 +67,11 @@ void ZDSearchEngine::rebuildIndex()
         snapshot->append(ZDIndexedSnippet::capture(snippet));
 
     m_queue.cancelPending();
+    {
+        // The snapshot above holds every change announced so far.
+        std::lock_guard lock(m_pendingMutex);
+        m_pending.clear();
+    }
     m_queue.async([this, generation, snapshot] {
         {
             std::lock_guard lock(m_indexesMutex);
@@ -108,6 +113,9 @@ void ZDSearchEngine::applyUpdate(const ZDIndexedSnippet &snippet, ZDIndexChangeK
         problem = QStringLiteral("fullTextSnippetIndex is nil.");
     if (!problem.isEmpty()) {
         reportError(QStringLiteral("updateIndexForSnippet:changeKind: ") + problem);
+        // Its documents are left as they were, but they may no longer tell the truth.
+        if (indexes && !snippet.UUID.isEmpty())
+            indexes->distrust(snippet.UUID);
         return;
     }
     if ((int(kind) | 2) == 2) {
@@ -118,13 +126,30 @@ void ZDSearchEngine::applyUpdate(const ZDIndexedSnippet &snippet, ZDIndexChangeK
     }
 }
 
+void ZDSearchEngine::notePending(const QList<ZDIndexedSnippet> &snippets, int change)
+{
+    std::lock_guard lock(m_pendingMutex);
+    for (const ZDIndexedSnippet &snippet : snippets) {
+        const ZDSnippet *key = snippet.snippet.get();
+        if (!key)
+            continue;
+        const int count = m_pending.value(key) + change;
+        if (count > 0)
+            m_pending.insert(key, count);
+        else
+            m_pending.remove(key);
+    }
+}
+
 void ZDSearchEngine::enqueueUpdates(QList<ZDIndexedSnippet> snippets, ZDIndexChangeKind kind)
 {
+    notePending(snippets, 1);
     m_queue.async([this, snippets = std::move(snippets), kind] {
         for (const ZDIndexedSnippet &snippet : snippets)
             applyUpdate(snippet, kind);
         if (const std::shared_ptr<ZDSnippetIndexes> indexes = currentIndexes())
             indexes->flush();
+        notePending(snippets, -1);
     });
 }
 

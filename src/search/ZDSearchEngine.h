@@ -6,6 +6,7 @@
 #include "ZDSearchConstraint.h"
 #include "ZDSerialQueue.h"
 
+#include <QHash>
 #include <QObject>
 
 #include <atomic>
@@ -30,8 +31,10 @@ enum class ZDIndexChangeKind { Added = 0, Removed = 1, Changed = 2 };
 /// library-changed notice) and kept current by the snippet notices; every index write runs on
 /// the serial queue "Zandrio CoreSearch". While a rebuild runs `indexReady` is false and
 /// searches return their matches unranked; `searchIndexDidBuild` tells when ranking is back.
-/// The indexes also make matching fast: a snippet that still reads as it was indexed is tested
-/// against the index, any other is tested directly, so the result always equals a plain scan's.
+/// The indexes also make matching fast: a snippet is tested against the index when it is
+/// indexed and no change notice of it is waiting, otherwise directly, so the result equals a
+/// plain scan's as long as every change of a snippet's title or text is announced (snippets
+/// added or removed without a notice are handled too).
 ///
 /// Searches run on the caller's thread, which must be the one that changes snippets (the main
 /// thread). Notices and `rebuildIndex` are for the main thread too.
@@ -111,7 +114,37 @@ Q_SIGNALS:
 private:
     void applyUpdate(const ZDIndexedSnippet &snippet, ZDIndexChangeKind kind);
     void enqueueUpdates(QList<ZDIndexedSnippet> snippets, ZDIndexChangeKind kind);
+    void notePending(const QList<ZDIndexedSnippet> &snippets, int change);
     static void reportError(const QString &description);
+
+    struct Matching;
+    /// Positions in `snippets` of the matches, ascending; `documentIDs` receives each
+    /// position's document number in the index used (0: not used).
+    std::vector<qsizetype> matchingPositions(const ZDSnippetList &snippets, const QStringList &words, bool fullText,
+                                             bool matchesCase, const ZDSnippetIndexes *indexes,
+                                             std::vector<qint64> *documentIDs) const;
+    std::vector<qint64> documentIDsByPosition(const ZDSnippetList &snippets, const ZDSnippetIndexes &indexes,
+                                              bool fullText) const;
+    QList<struct ZDIndexHit> rankedHits(const QString &keyword, bool fullText, bool fuzzy,
+                                        const ZDSnippetIndexes &indexes) const;
+
+    // The document numbers of the store's list by position, kept while neither the list nor
+    // the indexes change, so that a search need not look at every snippet.
+    struct PositionCache
+    {
+        ZDSnippetList list; // held, so that a change of the store's list gives it new storage
+        bool valid = false;
+        const void *indexes = nullptr;
+        quint64 revision = 0;
+        std::vector<qint64> titleIDs;
+        std::vector<qint64> fullTextIDs;
+    };
+    mutable std::mutex m_cacheMutex;
+    mutable PositionCache m_cache;
+    // Snippets whose change notice came but whose index update has not run yet: searches test
+    // them directly.
+    mutable std::mutex m_pendingMutex;
+    QHash<const ZDSnippet *, int> m_pending;
 
     SnippetSource m_source;
     std::atomic<bool> m_indexReady{false};

@@ -109,19 +109,34 @@ QStringList ZDSearchEngine::wordsOfKeyword(const QString &keyword, bool fuzzy)
     return words;
 }
 
-ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, bool fullText, bool fuzzy,
-                                                       bool matchesCase) const
+std::vector<qint64> ZDSearchEngine::documentIDsByPosition(const ZDSnippetList &snippets,
+                                                          const ZDSnippetIndexes &indexes, bool fullText) const
 {
-    const ZDSnippetList snippets = m_source ? m_source() : ZDSnippetList();
-    const QStringList words = wordsOfKeyword(keyword, fuzzy);
-    if (words.isEmpty())
-        return snippets;
+    std::lock_guard lock(m_cacheMutex);
+    PositionCache &cache = m_cache;
+    if (!cache.valid || cache.list.constData() != snippets.constData() || cache.list.size() != snippets.size()
+        || cache.indexes != &indexes || cache.revision != indexes.revision()) {
+        cache.list = snippets;
+        cache.valid = true;
+        cache.indexes = &indexes;
+        cache.revision = indexes.revision();
+        cache.titleIDs.assign(size_t(snippets.size()), 0);
+        cache.fullTextIDs.assign(size_t(snippets.size()), 0);
+        for (qsizetype i = 0; i < snippets.size(); ++i) {
+            if (const ZDSnippetIndexes::Entry *entry = indexes.entryFor(snippets[i].get())) {
+                cache.titleIDs[size_t(i)] = entry->titleID;
+                cache.fullTextIDs[size_t(i)] = entry->fullTextID;
+            }
+        }
+    }
+    return fullText ? cache.fullTextIDs : cache.titleIDs;
+}
 
-    const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
-    std::unique_lock<std::mutex> lock;
-    if (indexes)
-        lock = indexes->lock();
-
+std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &snippets, const QStringList &words,
+                                                         bool fullText, bool matchesCase,
+                                                         const ZDSnippetIndexes *indexes,
+                                                         std::vector<qint64> *documentIDs) const
+{
     std::vector<WordFilter> filters;
     for (const QString &word : words) {
         WordFilter filter;
@@ -131,13 +146,18 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
             prune(filter, folded, indexes->index(fullText), matchesCase);
         filters.push_back(std::move(filter));
     }
+    std::vector<qint64> ids = indexes ? documentIDsByPosition(snippets, *indexes, fullText)
+                                      : std::vector<qint64>(size_t(snippets.size()), 0);
+    QHash<const ZDSnippet *, int> pending;
+    {
+        std::lock_guard lock(m_pendingMutex);
+        pending = m_pending;
+    }
 
-    ZDSnippetList matches;
-    for (const ZDSnippetPtr &snippet : snippets) {
-        const ZDSnippetIndexes::Entry *entry = indexes ? indexes->entryFor(snippet.get()) : nullptr;
-        const bool indexed = entry
-            && (fullText ? entry->indexed.isCurrent(*snippet) : entry->indexed.isCurrentTitle(*snippet));
-        const qint64 id = entry ? (fullText ? entry->fullTextID : entry->titleID) : 0;
+    std::vector<qsizetype> positions;
+    for (qsizetype i = 0; i < snippets.size(); ++i) {
+        const qint64 id = ids[size_t(i)];
+        const bool indexed = id > 0 && (pending.isEmpty() || !pending.contains(snippets[i].get()));
         std::optional<QString> text;
         bool matched = true;
         for (const WordFilter &filter : filters) {
@@ -150,8 +170,8 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
                     continue;
             }
             if (!text) {
-                const QString source = fullText ? snippet->stringRepresentation() : snippet->title();
-                text = ZDSearchFolding::folded(source, !matchesCase);
+                const ZDSnippet &snippet = *snippets[i];
+                text = ZDSearchFolding::folded(fullText ? snippet.stringRepresentation() : snippet.title(), !matchesCase);
             }
             if (!text->contains(filter.needle)) {
                 matched = false;
@@ -159,19 +179,34 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
             }
         }
         if (matched)
-            matches.append(snippet);
+            positions.push_back(i);
     }
+    if (documentIDs)
+        *documentIDs = std::move(ids);
+    return positions;
+}
+
+ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, bool fullText, bool fuzzy,
+                                                       bool matchesCase) const
+{
+    const ZDSnippetList snippets = m_source ? m_source() : ZDSnippetList();
+    const QStringList words = wordsOfKeyword(keyword, fuzzy);
+    if (words.isEmpty())
+        return snippets;
+    const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
+    std::unique_lock<std::mutex> lock;
+    if (indexes)
+        lock = indexes->lock();
+    ZDSnippetList matches;
+    for (qsizetype position : matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), nullptr))
+        matches.append(snippets[position]);
     return matches;
 }
 
-ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText, bool fuzzy) const
+QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullText, bool fuzzy,
+                                             const ZDSnippetIndexes &indexes) const
 {
-    ZDRankCollection ranks;
-    const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
-    if (!indexes)
-        return ranks;
-    const ZDFullTextIndex &index = indexes->index(fullText);
-
+    const ZDFullTextIndex &index = indexes.index(fullText);
     // Each fuzzy word may match inside longer terms: it stands for the terms holding it. A
     // literal keyword is a phrase of its terms.
     constexpr int expansionLimit = 64;
@@ -183,7 +218,7 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
             if (ZDFoldingTokenizer::isSingleTerm(folded)) {
                 const QList<QByteArray> terms = index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit);
                 if (terms.isEmpty())
-                    return ranks; // every word is required
+                    return {}; // every word is required
                 QStringList alternatives;
                 for (const QByteArray &term : terms)
                     alternatives.append(QLatin1Char('"') + QString::fromUtf8(term) + QLatin1Char('"'));
@@ -196,10 +231,17 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
         clauses.append(phrase(terms));
     }
     if (clauses.isEmpty())
-        return ranks;
+        return {};
+    return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs);
+}
 
-    const QList<ZDIndexHit> hits = index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs);
-    for (const ZDIndexHit &hit : hits) {
+ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText, bool fuzzy) const
+{
+    ZDRankCollection ranks;
+    const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
+    if (!indexes)
+        return ranks;
+    for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
         if (hit.identifier.isEmpty()) {
             reportRankingError(QStringLiteral("rankCollectionWithKeyword:fullText:fuzzy: url is nil"));
             continue;
@@ -217,22 +259,46 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
 ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &keyword, bool fullText, bool fuzzy,
                                                                bool matchesCase, ZDRankCollection *ranksOut) const
 {
-    ZDSnippetList matches = privateSearchWithKeyword(keyword, fullText, fuzzy, matchesCase);
-    if (keyword.isEmpty())
-        return matches;
-    const ZDRankCollection ranks = rankCollectionWithKeyword(keyword, fullText, fuzzy);
-    QHash<const ZDSnippet *, double> relevance;
-    relevance.reserve(matches.size());
-    for (const ZDSnippetPtr &snippet : std::as_const(matches))
-        relevance.insert(snippet.get(), ranks.relevanceForIdentifier(snippet->UUID()));
-    std::stable_sort(matches.begin(), matches.end(), [&](const ZDSnippetPtr &a, const ZDSnippetPtr &b) {
-        return relevance.value(a.get()) > relevance.value(b.get());
-    });
+    const ZDSnippetList snippets = m_source ? m_source() : ZDSnippetList();
+    const QStringList words = wordsOfKeyword(keyword, fuzzy);
     if (ranksOut)
-        *ranksOut = ranks;
+        *ranksOut = ZDRankCollection();
+    if (words.isEmpty())
+        return snippets;
+    const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
+    std::unique_lock<std::mutex> lock;
+    if (indexes)
+        lock = indexes->lock();
+    std::vector<qint64> ids;
+    std::vector<qsizetype> positions = matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), &ids);
+
+    if (indexes) {
+        // Relevance by document number; a match the ranking did not return keeps -1 and goes last.
+        std::vector<double> relevance(size_t(indexes->index(fullText).maximumDocumentID() + 1), ZDRankCollection::unranked);
+        for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
+            if (size_t(hit.documentID) < relevance.size())
+                relevance[size_t(hit.documentID)] = std::max(relevance[size_t(hit.documentID)], hit.score);
+        }
+        auto relevanceAt = [&](qsizetype position) {
+            const qint64 id = ids[size_t(position)];
+            return id > 0 && size_t(id) < relevance.size() ? relevance[size_t(id)] : ZDRankCollection::unranked;
+        };
+        const auto unranked = std::stable_partition(positions.begin(), positions.end(), [&](qsizetype position) {
+            return relevanceAt(position) != ZDRankCollection::unranked;
+        });
+        std::stable_sort(positions.begin(), unranked,
+                         [&](qsizetype a, qsizetype b) { return relevanceAt(a) > relevanceAt(b); });
+        if (ranksOut) {
+            for (auto it = positions.begin(); it != unranked; ++it)
+                ranksOut->setRelevance(snippets[*it]->UUID(), relevanceAt(*it));
+        }
+    }
+    ZDSnippetList matches;
+    matches.reserve(qsizetype(positions.size()));
+    for (qsizetype position : positions)
+        matches.append(snippets[position]);
     return matches;
 }
-
 ZDSnippetList ZDSearchEngine::snippetsWithKeyword(const QString &keyword, const QList<ZDSearchConstraint> &constraints,
                                                   bool fullText, bool fuzzy, bool matchesCase,
                                                   ZDRankCollection *ranks) const

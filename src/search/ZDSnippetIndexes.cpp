@@ -11,6 +11,7 @@ ZDSnippetIndexes::ZDSnippetIndexes()
 bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
 {
     std::lock_guard lock(m_mutex);
+    ++m_revision;
     const QString url = ZDIndexedSnippet::documentURL(snippet.UUID);
     const std::shared_ptr<Entry> previous = m_byUUID.value(snippet.UUID);
     const QString previousTitle = previous ? previous->indexed.title : QString();
@@ -38,10 +39,20 @@ void ZDSnippetIndexes::remove(const QString &UUID)
     const std::shared_ptr<Entry> previous = m_byUUID.take(UUID);
     if (!previous)
         return;
+    ++m_revision;
     const QString url = ZDIndexedSnippet::documentURL(UUID);
     m_title.removeDocument(url, previous->indexed.title);
     m_fullText.removeDocument(url, previous->indexed.stringRepresentation());
     m_byObject.remove(previous->indexed.snippet.get());
+}
+
+void ZDSnippetIndexes::distrust(const QString &UUID)
+{
+    std::lock_guard lock(m_mutex);
+    if (const std::shared_ptr<Entry> entry = m_byUUID.value(UUID)) {
+        ++m_revision;
+        m_byObject.remove(entry->indexed.snippet.get());
+    }
 }
 
 void ZDSnippetIndexes::flush()
@@ -67,6 +78,7 @@ void ZDSnippetIndexes::compact(ZDFullTextIndex &index, qint64 Entry::*id)
 {
     if (!index.isValid() || index.maximumDocumentID() - index.documentCount() < compactionThreshold)
         return;
+    ++m_revision;
     const bool title = &index == &m_title;
     const qsizetype prefix = ZDIndexedSnippet::documentURL(QString()).size();
     index.compact([&](const QString &url) {

@@ -5,6 +5,7 @@
 
 #include <QHash>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -38,6 +39,9 @@ public:
     bool put(const ZDIndexedSnippet &snippet);
     /// Removes the snippet's documents; harmless when it has none.
     void remove(const QString &UUID);
+    /// Keeps the snippet's documents but no longer vouches for them: searches test it directly
+    /// until it is indexed again.
+    void distrust(const QString &UUID);
     void flush();
     /// Compacts each index whose highest document number exceeds its document count by at least
     /// `compactionThreshold`.
@@ -47,11 +51,14 @@ public:
     /// The entry of this very snippet object (not one with the same UUID), or null. Lock held.
     const Entry *entryFor(const ZDSnippet *snippet) const { return m_byObject.value(snippet); }
     qsizetype snippetCount() const;
+    /// Changes whenever a document is added, replaced, removed or renumbered.
+    quint64 revision() const { return m_revision; }
 
 private:
     void compact(ZDFullTextIndex &index, qint64 Entry::*id);
 
     mutable std::mutex m_mutex;
+    std::atomic<quint64> m_revision{0};
     ZDFullTextIndex m_title;
     ZDFullTextIndex m_fullText;
     QHash<QString, std::shared_ptr<Entry>> m_byUUID;

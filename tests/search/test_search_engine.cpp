@@ -1,6 +1,7 @@
 #include "ZDSearchTestSupport.h"
 
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDFullTextIndex.h"
 #include "ZDSnippetIndexes.h"
 
 #include <QSignalSpy>
@@ -183,4 +184,31 @@ TEST_F(SearchTest, IndexesAreCompactedOnceMoreThanAHundredNumbersAreFree)
     ASSERT_EQ(found.size(), 1);
     EXPECT_GT(ranks.relevanceForIdentifier(found.first()->UUID()), 0);
     EXPECT_EQ(engine->snippetsWithKeyword(QStringLiteral("common"), {}, true, true, false).size(), 149);
+}
+
+TEST(FullTextIndex, ReplacedAndRemovedDocumentsLeaveTheirOldTermsBehind)
+{
+    ZDFullTextIndex index(QStringLiteral("Test"));
+    ASSERT_TRUE(index.isValid());
+    const qint64 first = index.addDocument(QStringLiteral("a"), QStringLiteral("Café latte"));
+    const qint64 second = index.addDocument(QStringLiteral("b"), QStringLiteral("cafeteria"));
+    index.flush();
+    auto holders = [&](const char *fragment) {
+        const std::vector<bool> documents = index.documentsWithTermsContaining(fragment, ZDTermPlacement::Anywhere);
+        QList<qint64> ids;
+        for (size_t i = 0; i < documents.size(); ++i) {
+            if (documents[i])
+                ids.append(qint64(i));
+        }
+        return ids;
+    };
+    EXPECT_EQ(holders("cafe"), QList<qint64>({first, second}));
+    EXPECT_EQ(index.addDocument(QStringLiteral("a"), QStringLiteral("tea"), QStringLiteral("Café latte")), first);
+    EXPECT_EQ(holders("cafe"), QList<qint64>({second}));
+    EXPECT_EQ(holders("tea"), QList<qint64>({first}));
+    index.removeDocument(QStringLiteral("b"), QStringLiteral("cafeteria"));
+    index.flush();
+    EXPECT_TRUE(holders("cafe").isEmpty());
+    EXPECT_EQ(index.search(QStringLiteral("\"tea\""), 10, 1000).size(), 1);
+    EXPECT_TRUE(index.termsContaining("caf", ZDTermPlacement::AtStart).isEmpty());
 }
