@@ -7,15 +7,17 @@
 
 namespace {
 
-const QStringList kSyllables = {"get", "set", "user", "name", "list", "item", "data", "value", "count", "index",
-                                "parse", "load", "save", "file", "path", "node", "tree", "buffer", "cache", "query",
-                                "result", "error", "handle", "open", "close", "read", "write", "config", "token",
-                                "stream", "socket", "client", "server", "request", "response", "map", "key"};
-const QStringList kTitleWords = {"Parse", "JSON", "config", "Résumé", "upload", "Straße", "helper", "retry",
-                                 "naïve", "sort", "cache", "Größe", "download", "日本語", "regex", "date",
-                                 "façade", "queue", "thread", "pool", "CSV", "export", "Ångström", "diff"};
-const QStringList kRare = {"quetzal", "zephyrine", "obsidianlog", "marmalade", "kumquat", "fjordwise",
-                           "xylograph", "gazpacho"};
+const QStringList kSyllables = {
+    "get",    "set",    "user",   "name",    "list",     "item", "data",  "value",  "count", "index",
+    "parse",  "load",   "save",   "file",    "path",     "node", "tree",  "buffer", "cache", "query",
+    "result", "error",  "handle", "open",    "close",    "read", "write", "config", "token", "stream",
+    "socket", "client", "server", "request", "response", "map",  "key"};
+const QStringList kTitleWords = {"Parse",    "JSON",   "config", "Résumé", "upload",   "Straße",
+                                 "helper",   "retry",  "naïve",  "sort",   "cache",    "Größe",
+                                 "download", "日本語", "regex",  "date",   "façade",   "queue",
+                                 "thread",   "pool",   "CSV",    "export", "Ångström", "diff"};
+const QStringList kRare = {"quetzal", "zephyrine", "obsidianlog", "marmalade",
+                           "kumquat", "fjordwise", "xylograph",   "gazpacho"};
 
 QString identifier(QRandomGenerator &random)
 {
@@ -37,24 +39,36 @@ QString codeLine(QRandomGenerator &random, int language)
     switch (language) {
     case 0: // Python
         switch (random.bounded(4)) {
-        case 0: return QStringLiteral("def %1(%2, %3=None):").arg(a, b, c);
-        case 1: return QStringLiteral("    %1 = %2.%3(%4)").arg(a, b, c, QString::number(random.bounded(64)));
-        case 2: return QStringLiteral("    if not %1:\n        return %2").arg(a, b);
-        default: return QStringLiteral("    for %1 in %2: print(%1)").arg(a, b);
+        case 0:
+            return QStringLiteral("def %1(%2, %3=None):").arg(a, b, c);
+        case 1:
+            return QStringLiteral("    %1 = %2.%3(%4)").arg(a, b, c, QString::number(random.bounded(64)));
+        case 2:
+            return QStringLiteral("    if not %1:\n        return %2").arg(a, b);
+        default:
+            return QStringLiteral("    for %1 in %2: print(%1)").arg(a, b);
         }
     case 1: // C++
         switch (random.bounded(4)) {
-        case 0: return QStringLiteral("int %1(const std::string &%2) {").arg(a, b);
-        case 1: return QStringLiteral("    auto %1 = %2->%3();").arg(a, b, c);
-        case 2: return QStringLiteral("    if (%1 == nullptr) return %2;").arg(a, b);
-        default: return QStringLiteral("    for (auto &%1 : %2) { %3(%1); }").arg(a, b, c);
+        case 0:
+            return QStringLiteral("int %1(const std::string &%2) {").arg(a, b);
+        case 1:
+            return QStringLiteral("    auto %1 = %2->%3();").arg(a, b, c);
+        case 2:
+            return QStringLiteral("    if (%1 == nullptr) return %2;").arg(a, b);
+        default:
+            return QStringLiteral("    for (auto &%1 : %2) { %3(%1); }").arg(a, b, c);
         }
     default: // JavaScript
         switch (random.bounded(4)) {
-        case 0: return QStringLiteral("function %1(%2) {").arg(a, b);
-        case 1: return QStringLiteral("  const %1 = await %2.%3();").arg(a, b, c);
-        case 2: return QStringLiteral("  if (!%1) { return null; } // %2").arg(a, b);
-        default: return QStringLiteral("  %1.forEach((%2) => %3(%2));").arg(a, b, c);
+        case 0:
+            return QStringLiteral("function %1(%2) {").arg(a, b);
+        case 1:
+            return QStringLiteral("  const %1 = await %2.%3();").arg(a, b, c);
+        case 2:
+            return QStringLiteral("  if (!%1) { return null; } // %2").arg(a, b);
+        default:
+            return QStringLiteral("  %1.forEach((%2) => %3(%2));").arg(a, b, c);
         }
     }
 }
@@ -94,7 +108,8 @@ ZDSnippetList generate(int count, quint32 seed)
                 content += kRare[random.bounded(int(kRare.size()))] + QLatin1Char('\n');
             part->setContent(content);
             if (random.bounded(3) == 0)
-                part->setNote(QStringLiteral("Note: uses %1 and %2.").arg(identifier(random), identifier(random)));
+                part->setNote(
+                    QStringLiteral("Note: uses %1 and %2.").arg(identifier(random), identifier(random)));
             parts.append(part);
         }
         snippet->setParts(parts);

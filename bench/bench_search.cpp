@@ -51,7 +51,8 @@ double ripgrepMs(const QString &rg, const QString &directory, const QString &key
     timer.start();
     QProcess process;
     process.setStandardOutputFile(QProcess::nullDevice());
-    process.start(rg, {QStringLiteral("-i"), QStringLiteral("-F"), QStringLiteral("-l"), QStringLiteral("--"), keyword, directory});
+    process.start(rg, {QStringLiteral("-i"), QStringLiteral("-F"), QStringLiteral("-l"), QStringLiteral("--"),
+                       keyword, directory});
     process.waitForFinished(-1);
     return double(timer.nsecsElapsed()) / 1e6;
 }
@@ -114,8 +115,8 @@ int main(int argc, char *argv[])
         }
     }
 
-    std::printf("\n%-30s %8s %9s %9s %9s %11s\n", "query (full text)", "matches", "p50 ms", "p95 ms", "max ms",
-                "rg -i -F -l");
+    std::printf("\n%-30s %8s %9s %9s %9s %11s\n", "query (full text)", "matches", "p50 ms", "p95 ms",
+                "max ms", "rg -i -F -l");
     std::vector<double> all;
     const QString only = qEnvironmentVariable("ZD_BENCH_ONLY"); // run only the queries whose label holds this
     for (const Query &query : queries) {
@@ -131,8 +132,8 @@ int main(int argc, char *argv[])
         all.insert(all.end(), times.begin(), times.end());
         const double rgMs = rg.isEmpty() ? -1 : ripgrepMs(rg, files.path(), query.keyword);
         std::printf("%-30s %8lld %9.1f %9.1f %9.1f %8.0f ms\n", query.label, qlonglong(matches),
-                    percentile(times, 0.5), percentile(times, 0.95), *std::max_element(times.begin(), times.end()),
-                    rgMs);
+                    percentile(times, 0.5), percentile(times, 0.95),
+                    *std::max_element(times.begin(), times.end()), rgMs);
     }
     std::printf("\nall queries: p50 %.1f ms, p95 %.1f ms\n", percentile(all, 0.5), percentile(all, 0.95));
     ZDLanguageRegistry::install(nullptr);

@@ -11,6 +11,7 @@
 #include "ZDSnippetJson.h"
 #include "ZDTag.h"
 #include "ZDUserDefaults.h"
+#include "ZDWriteTimer.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -31,8 +32,8 @@ std::unique_ptr<OpenLibrary> openLibrary(ZDCliContext &context, ZDError *error)
 {
     auto library = std::make_unique<OpenLibrary>();
     ZDDataCenter::Options options;
-    options.packagePath = context.libraryPath.isEmpty() ? ZDDataCenter::defaultLocalPackagePath(error)
-                                                        : context.libraryPath;
+    options.packagePath =
+        context.libraryPath.isEmpty() ? ZDDataCenter::defaultLocalPackagePath(error) : context.libraryPath;
     if (options.packagePath.isEmpty())
         return nullptr;
     options.defaults = &context.defaults;
@@ -131,7 +132,8 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
         engine.waitUntilIndexIsIdle();
     }
     ZDRankCollection ranks;
-    const ZDSnippetList result = engine.snippetsWithKeyword(keyword, constraints, fullText, fuzzy, matchesCase, &ranks);
+    const ZDSnippetList result =
+        engine.snippetsWithKeyword(keyword, constraints, fullText, fuzzy, matchesCase, &ranks);
 
     if (parser.isSet(json)) {
         const QHash<QString, QString> folderTitles = center.folderTitles();
@@ -189,10 +191,11 @@ int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
         for (const ZDSearchProposalSection &section : sections) {
             QJsonArray proposals;
             for (const ZDSearchConstraint &constraint : section.proposals) {
-                proposals.append(QJsonObject{{QStringLiteral("kind"), constraint.constraintName()},
-                                             {QStringLiteral("displayValue"), constraint.constraintDisplayValue()},
-                                             {QStringLiteral("value"), constraint.constraintUnderlyingValue()},
-                                             {QStringLiteral("count"), constraint.constriantTargetCount()}});
+                proposals.append(
+                    QJsonObject{{QStringLiteral("kind"), constraint.constraintName()},
+                                {QStringLiteral("displayValue"), constraint.constraintDisplayValue()},
+                                {QStringLiteral("value"), constraint.constraintUnderlyingValue()},
+                                {QStringLiteral("count"), constraint.constriantTargetCount()}});
             }
             object.insert(section.title, proposals);
         }
@@ -201,8 +204,8 @@ int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
     }
     for (const ZDSearchProposalSection &section : sections) {
         for (const ZDSearchConstraint &constraint : section.proposals) {
-            context.out << constraint.constraintName() << "\t" << constraint.constraintUnderlyingValue() << "\t"
-                        << constraint.displayString() << "\n";
+            context.out << constraint.constraintName() << "\t" << constraint.constraintUnderlyingValue()
+                        << "\t" << constraint.displayString() << "\n";
         }
     }
     return 0;

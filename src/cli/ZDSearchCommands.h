@@ -20,6 +20,9 @@ class ZDCompleteCommand : public ZDCliCommand
 {
 public:
     QString name() const override { return QStringLiteral("complete"); }
-    QString summary() const override { return QStringLiteral("propose folders, tags and languages for \"in:\""); }
+    QString summary() const override
+    {
+        return QStringLiteral("propose folders, tags and languages for \"in:\"");
+    }
     int run(ZDCliContext &context, const QStringList &arguments) override;
 };

@@ -53,7 +53,8 @@ struct CountOutput
     QList<ZDIndexResult> languages;
 };
 
-QList<ZDIndexResult> countList(const QList<QPair<QString, QString>> &records, const QHash<QString, qint64> &counts)
+QList<ZDIndexResult> countList(const QList<QPair<QString, QString>> &records,
+                               const QHash<QString, qint64> &counts)
 {
     QList<ZDIndexResult> results;
     for (const auto &[UUID, title] : records)
@@ -82,14 +83,16 @@ CountOutput count(const CountInput &input)
             identifiers.insert(it.key());
         ZDLanguageRegistry *registry = ZDLanguageRegistry::shared();
         for (const QString &identifier : std::as_const(identifiers)) {
-            const QString name = registry ? registry->languageWithIdentifier(identifier).displayName() : QString();
-            output.languages.append(
-                ZDIndexResult::resultWithDisplayName(name.isEmpty() ? identifier : name, identifier, counts.value(identifier)));
+            const QString name =
+                registry ? registry->languageWithIdentifier(identifier).displayName() : QString();
+            output.languages.append(ZDIndexResult::resultWithDisplayName(
+                name.isEmpty() ? identifier : name, identifier, counts.value(identifier)));
         }
-        std::sort(output.languages.begin(), output.languages.end(), [](const ZDIndexResult &a, const ZDIndexResult &b) {
-            const int order = a.displayName.localeAwareCompare(b.displayName);
-            return order != 0 ? order < 0 : a.ubiquitousName < b.ubiquitousName;
-        });
+        std::sort(output.languages.begin(), output.languages.end(),
+                  [](const ZDIndexResult &a, const ZDIndexResult &b) {
+                      const int order = a.displayName.localeAwareCompare(b.displayName);
+                      return order != 0 ? order < 0 : a.ubiquitousName < b.ubiquitousName;
+                  });
     }
     if (input.types & ZDCoreIndex::Tags) {
         QHash<QString, qint64> counts;
@@ -111,15 +114,16 @@ ZDCoreIndexSource ZDCoreIndexSource::fromDataCenter(ZDDataCenter &center, ZDUser
     source.rootFolderNodes = [&center] { return center.rootFolderNodes(); };
     source.tags = [&center] { return center.tags(); };
     source.hasValidLibrary = [&center] { return center.dataCenterHasValidLibrary(); };
-    source.activeLanguageIdentifiers = [defaults] { return defaults ? defaults->activeLanguageIdentifiers() : QStringList(); };
+    source.activeLanguageIdentifiers = [defaults] {
+        return defaults ? defaults->activeLanguageIdentifiers() : QStringList();
+    };
     return source;
 }
 
-ZDCoreIndex::ZDCoreIndex(ZDCoreIndexSource source, ZDMulticastDelegateHandler *notifier, ZDUserDefaults *defaults,
-                         std::unique_ptr<ZDWriteTimer> timer, QObject *parent)
-    : QObject(parent)
-    , m_source(std::move(source))
-    , m_timer(timer ? std::move(timer) : std::make_unique<ZDQtWriteTimer>(tickIntervalMs))
+ZDCoreIndex::ZDCoreIndex(ZDCoreIndexSource source, ZDMulticastDelegateHandler *notifier,
+                         ZDUserDefaults *defaults, std::unique_ptr<ZDWriteTimer> timer, QObject *parent)
+    : QObject(parent), m_source(std::move(source)),
+      m_timer(timer ? std::move(timer) : std::make_unique<ZDQtWriteTimer>(tickIntervalMs))
 {
     if (notifier)
         notifier->addDelegate(this);
@@ -188,7 +192,8 @@ void ZDCoreIndex::tick()
     if (m_dirty & Folders) {
         const ZDCategoryNodePtr uncategorized = ZDCategoryNode::uncategorizedNode();
         input->folders.append({uncategorized->UUID(), uncategorized->title()});
-        const QList<ZDCategoryNodePtr> roots = m_source.rootFolderNodes ? m_source.rootFolderNodes() : QList<ZDCategoryNodePtr>();
+        const QList<ZDCategoryNodePtr> roots =
+            m_source.rootFolderNodes ? m_source.rootFolderNodes() : QList<ZDCategoryNodePtr>();
         for (const ZDCategoryNodePtr &root : roots) {
             auto add = [&](const ZDCategoryNodePtr &node) {
                 if (node->isFolder())
@@ -284,7 +289,8 @@ void ZDCoreIndex::adjustForSnippet(const ZDSnippet &snippet, qint64 number)
     Q_EMIT indexDidChange();
 }
 
-void ZDCoreIndex::folderDidAdd(QObject *, const ZDCategoryNodePtr &folder, const ZDCategoryNodePtr &, int index)
+void ZDCoreIndex::folderDidAdd(QObject *, const ZDCategoryNodePtr &folder, const ZDCategoryNodePtr &,
+                               int index)
 {
     if (!folder)
         return;
@@ -318,11 +324,13 @@ void ZDCoreIndex::foldersDidRemove(QObject *, const QList<ZDCategoryNodePtr> &fo
         if (!folder)
             continue;
         removed.insert(folder->UUID());
-        folder->traverseSubNodesWithBlock([&](const ZDCategoryNodePtr &node, int) { removed.insert(node->UUID()); });
+        folder->traverseSubNodesWithBlock(
+            [&](const ZDCategoryNodePtr &node, int) { removed.insert(node->UUID()); });
     }
     {
         std::lock_guard lock(m_mutex);
-        m_folders.removeIf([&](const ZDIndexResult &result) { return removed.contains(result.ubiquitousName); });
+        m_folders.removeIf(
+            [&](const ZDIndexResult &result) { return removed.contains(result.ubiquitousName); });
     }
     Q_EMIT indexDidChange();
 }

@@ -20,7 +20,7 @@ class ZDUserDefaults;
 /// One line of the counting index: a folder, tag or language, and how many snippets it holds.
 struct ZDIndexResult
 {
-    QString displayName;   ///< the folder's or tag's title, the language's name
+    QString displayName;    ///< the folder's or tag's title, the language's name
     QString ubiquitousName; ///< the folder's or tag's UUID, the language identifier
     qint64 count = 0;
 
@@ -59,7 +59,13 @@ class ZDCoreIndex : public QObject, public ZDLibraryListener
     Q_OBJECT
 
 public:
-    enum DirtyType { Folders = 1, Tags = 2, Languages = 4, All = 7 };
+    enum DirtyType
+    {
+        Folders = 1,
+        Tags = 2,
+        Languages = 4,
+        All = 7
+    };
     static inline const QString queueLabel = QStringLiteral("com.varnok.Zandrio.CoreIndex");
     static constexpr int tickIntervalMs = 10000;
 

@@ -81,8 +81,7 @@ bool isWordCodePoint(char32_t c)
     return QChar::isLetterOrNumber(c);
 }
 
-template<typename Emit>
-int forEachTerm(const QString &folded, Emit emit)
+template <typename Emit> int forEachTerm(const QString &folded, Emit emit)
 {
     const qsizetype n = folded.size();
     qsizetype i = 0;

@@ -14,7 +14,10 @@ namespace {
 class Statement
 {
 public:
-    Statement(sqlite3 *db, const QByteArray &sql) { sqlite3_prepare_v2(db, sql.constData(), -1, &m_statement, nullptr); }
+    Statement(sqlite3 *db, const QByteArray &sql)
+    {
+        sqlite3_prepare_v2(db, sql.constData(), -1, &m_statement, nullptr);
+    }
     ~Statement() { sqlite3_finalize(m_statement); }
     Statement(const Statement &) = delete;
     Statement &operator=(const Statement &) = delete;
@@ -38,22 +41,20 @@ void observeTerm(void *context, const char *term, int length)
 } // namespace
 
 ZDFullTextIndex::ZDFullTextIndex(const QString &name)
-    : m_name(name)
-    , m_table("\"" + name.toUtf8().replace('"', "\"\"") + "\"")
+    : m_name(name), m_table("\"" + name.toUtf8().replace('"', "\"\"") + "\"")
 {
     if (sqlite3_open_v2(":memory:", &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
-                        nullptr)
-        != SQLITE_OK) {
+                        nullptr) != SQLITE_OK) {
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
         sqlite3_close(m_db);
         m_db = nullptr;
         return;
     }
-    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this)
-        && exec("PRAGMA journal_mode=OFF") && exec("PRAGMA synchronous=OFF")
-        && exec(QByteArray("CREATE VIRTUAL TABLE " + m_table
-                           + " USING fts5(body, content='', detail=full, tokenize='zdfold')")
-                    .constData());
+    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this) &&
+                    exec("PRAGMA journal_mode=OFF") && exec("PRAGMA synchronous=OFF") &&
+                    exec(QByteArray("CREATE VIRTUAL TABLE " + m_table +
+                                    " USING fts5(body, content='', detail=full, tokenize='zdfold')")
+                             .constData());
     if (!ok) {
         sqlite3_close(m_db);
         m_db = nullptr;
@@ -90,9 +91,11 @@ void ZDFullTextIndex::beginIfNeeded()
         m_inTransaction = exec("BEGIN");
 }
 
-bool ZDFullTextIndex::writeRow(sqlite3_stmt *&statement, const QByteArray &sql, qint64 rowid, const QString &text)
+bool ZDFullTextIndex::writeRow(sqlite3_stmt *&statement, const QByteArray &sql, qint64 rowid,
+                               const QString &text)
 {
-    if (!statement && sqlite3_prepare_v3(m_db, sql.constData(), -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
+    if (!statement && sqlite3_prepare_v3(m_db, sql.constData(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
+                                         nullptr) != SQLITE_OK) {
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
         return false;
     }
@@ -117,11 +120,13 @@ bool ZDFullTextIndex::deleteRow(qint64 rowid, const QString &text)
 {
     // A table without stored content forgets a row by being told the terms it was indexed with.
     m_writing = {rowid, true};
-    return writeRow(m_delete, "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)",
+    return writeRow(m_delete,
+                    "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)",
                     rowid, text);
 }
 
-qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &text, const QString &previousText)
+qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &text,
+                                    const QString &previousText)
 {
     std::lock_guard lock(m_mutex);
     if (!m_db)
@@ -220,8 +225,8 @@ QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits,
     QList<ZDIndexHit> hits;
     if (!m_db)
         return hits;
-    Statement statement(m_db, "SELECT rowid, bm25(" + m_table + ") FROM " + m_table + " WHERE " + m_table
-                                  + " MATCH ?1 LIMIT ?2");
+    Statement statement(m_db, "SELECT rowid, bm25(" + m_table + ") FROM " + m_table + " WHERE " + m_table +
+                                  " MATCH ?1 LIMIT ?2");
     if (!statement) {
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
         return hits;
@@ -283,7 +288,8 @@ void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
         posting.insert(at, document);
 }
 
-std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const
+std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment,
+                                                    ZDTermPlacement placement) const
 {
     std::vector<int> ids;
     if (fragment.isEmpty())
@@ -301,12 +307,14 @@ std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment, 
         const auto it = std::upper_bound(m_termStarts.begin(), m_termStarts.end(), int(from));
         const int id = int(it - m_termStarts.begin()) - 1;
         const qsizetype start = m_termStarts[size_t(id)];
-        const qsizetype end = size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : vocabularySize;
+        const qsizetype end =
+            size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : vocabularySize;
         const QByteArrayView term(m_vocabulary.constData() + start, end - start);
         const bool atStart = term.startsWith(fragment);
         const bool atEnd = term.endsWith(fragment);
         from = end; // one look at each term is enough
-        if ((placement == ZDTermPlacement::AtStart && !atStart) || (placement == ZDTermPlacement::AtEnd && !atEnd))
+        if ((placement == ZDTermPlacement::AtStart && !atStart) ||
+            (placement == ZDTermPlacement::AtEnd && !atEnd))
             continue;
         ids.push_back(id);
     }
@@ -316,7 +324,8 @@ std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment, 
 QByteArray ZDFullTextIndex::termWithId(int id) const
 {
     const qsizetype start = m_termStarts[size_t(id)];
-    const qsizetype end = size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : m_vocabulary.size();
+    const qsizetype end =
+        size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : m_vocabulary.size();
     return m_vocabulary.mid(start, end - start);
 }
 

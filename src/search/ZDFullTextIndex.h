@@ -23,7 +23,13 @@ struct ZDIndexHit
 };
 
 /// Where a fragment must sit in a term for `termsContaining`.
-enum class ZDTermPlacement { Anywhere, AtStart, AtEnd, Whole };
+enum class ZDTermPlacement
+{
+    Anywhere,
+    AtStart,
+    AtEnd,
+    Whole
+};
 
 /// One in-memory inverted index: an FTS5 table in a private SQLite connection, tokenized by
 /// ZDFoldingTokenizer, with proximity (phrase) queries, terms of any length, no stop words and
@@ -70,7 +76,8 @@ public:
                                       int limit = -1) const;
     /// The documents holding a term with `fragment` where `placement` says: a vector indexed
     /// by document number.
-    std::vector<bool> documentsWithTermsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
+    std::vector<bool> documentsWithTermsContaining(const QByteArray &fragment,
+                                                   ZDTermPlacement placement) const;
 
     /// Called by the tokenizer for every term of a document being written (lock held).
     void noteIndexedTerm(const char *term, int length);
@@ -83,7 +90,6 @@ private:
     void beginIfNeeded();
     std::vector<int> termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
     QByteArray termWithId(int id) const;
-
 
     QString m_name;
     QByteArray m_table;

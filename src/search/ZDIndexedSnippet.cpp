@@ -69,8 +69,8 @@ bool ZDIndexedSnippet::isCurrent(const ZDSnippet &live) const
     if (liveParts.size() != parts.size())
         return false;
     for (qsizetype i = 0; i < parts.size(); ++i) {
-        if (liveParts[i] != parts[i] || !sameText(notes[i], parts[i]->note())
-            || !sameText(contents[i], parts[i]->content()))
+        if (liveParts[i] != parts[i] || !sameText(notes[i], parts[i]->note()) ||
+            !sameText(contents[i], parts[i]->content()))
             return false;
     }
     return true;

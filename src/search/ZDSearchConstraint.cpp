@@ -4,10 +4,8 @@
 
 ZDSearchConstraint::ZDSearchConstraint(const QString &name, const QString &displayValue,
                                        const QString &underlyingValue, qint64 targetCount)
-    : m_name(name)
-    , m_displayValue(displayValue)
-    , m_underlyingValue(underlyingValue)
-    , m_targetCount(targetCount)
+    : m_name(name), m_displayValue(displayValue), m_underlyingValue(underlyingValue),
+      m_targetCount(targetCount)
 {
 }
 
@@ -43,7 +41,9 @@ bool ZDSearchConstraint::matches(const ZDSnippet &snippet) const
 
 QString ZDSearchConstraint::countString() const
 {
-    return QStringLiteral("(%1 snippet%2)").arg(m_targetCount).arg(m_targetCount >= 2 ? QStringLiteral("s") : QString());
+    return QStringLiteral("(%1 snippet%2)")
+        .arg(m_targetCount)
+        .arg(m_targetCount >= 2 ? QStringLiteral("s") : QString());
 }
 
 QString ZDSearchConstraint::displayString() const

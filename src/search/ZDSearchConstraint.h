@@ -44,7 +44,10 @@ public:
     /// secondary colour.
     QString countString() const;
 
-    bool operator==(const ZDSearchConstraint &other) const { return m_underlyingValue == other.m_underlyingValue; }
+    bool operator==(const ZDSearchConstraint &other) const
+    {
+        return m_underlyingValue == other.m_underlyingValue;
+    }
     bool operator!=(const ZDSearchConstraint &other) const { return !(*this == other); }
 
 private:

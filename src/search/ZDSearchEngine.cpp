@@ -14,8 +14,7 @@ ZDSearchEngine *s_sharedEngine = nullptr;
 }
 
 ZDSearchEngine::ZDSearchEngine(SnippetSource snippets, ZDMulticastDelegateHandler *notifier, QObject *parent)
-    : QObject(parent)
-    , m_source(std::move(snippets))
+    : QObject(parent), m_source(std::move(snippets))
 {
     if (notifier)
         notifier->addDelegate(this); // held weakly: nothing to undo
@@ -93,7 +92,8 @@ void ZDSearchEngine::rebuildIndex()
         }
         m_indexReady = true;
         zdLog(ZDLogLevel::Info, ZDLogDomain::Core, QStringLiteral("Search index created successfully."));
-        QMetaObject::invokeMethod(this, [this] { Q_EMIT searchIndexDidBuild(this); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { Q_EMIT searchIndexDidBuild(this); }, Qt::QueuedConnection);
     });
 }
 

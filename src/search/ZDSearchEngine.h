@@ -19,7 +19,12 @@ class ZDSnippetIndexes;
 struct ZDIndexedSnippet;
 
 /// How a snippet changed, for `updateIndexForSnippet`. Added and Changed both (re)index it.
-enum class ZDIndexChangeKind { Added = 0, Removed = 1, Changed = 2 };
+enum class ZDIndexChangeKind
+{
+    Added = 0,
+    Removed = 1,
+    Changed = 2
+};
 
 /// Answers every keyword search of the program. Which snippets match is decided by substring
 /// tests over the live snippets (ignoring case and diacritics unless case must match); in
@@ -45,7 +50,8 @@ class ZDSearchEngine : public QObject, public ZDLibraryListener
 public:
     static inline const QString queueLabel = QStringLiteral("Zandrio CoreSearch");
     /// The name of the notice `searchIndexDidBuild` stands for.
-    static inline const QString indexDidBuildNotification = QStringLiteral("ZDSearchIndexDidBuildNotification");
+    static inline const QString indexDidBuildNotification =
+        QStringLiteral("ZDSearchIndexDidBuildNotification");
     static constexpr int maximumRankedHits = 3000;
     static constexpr int rankingTimeLimitMs = 3000;
     /// How long after the library-changed notice the rebuild starts.
@@ -120,8 +126,8 @@ private:
     struct Matching;
     /// Positions in `snippets` of the matches, ascending; `documentIDs` receives each
     /// position's document number in the index used (0: not used).
-    std::vector<qsizetype> matchingPositions(const ZDSnippetList &snippets, const QStringList &words, bool fullText,
-                                             bool matchesCase, const ZDSnippetIndexes *indexes,
+    std::vector<qsizetype> matchingPositions(const ZDSnippetList &snippets, const QStringList &words,
+                                             bool fullText, bool matchesCase, const ZDSnippetIndexes *indexes,
                                              std::vector<qint64> *documentIDs) const;
     std::vector<qint64> documentIDsByPosition(const ZDSnippetList &snippets, const ZDSnippetIndexes &indexes,
                                               bool fullText) const;

@@ -26,4 +26,26 @@ QString folded(QStringView text, bool caseInsensitive)
     return result;
 }
 
+Needle::Needle(const QString &word, bool caseInsensitive)
+    : m_folded(ZDTextFolding::folded(word, caseInsensitive, true))
+    , m_caseInsensitive(caseInsensitive)
+    , m_matcher(m_folded, caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
+{
+}
+
+bool Needle::isFoundIn(QStringView text) const
+{
+    // Folding leaves ASCII as it is but for case, which the matcher ignores when asked to.
+    bool ascii = true;
+    for (QChar c : text) {
+        if (c.unicode() >= 0x80) {
+            ascii = false;
+            break;
+        }
+    }
+    if (ascii)
+        return m_matcher.indexIn(text) >= 0;
+    return folded(text, m_caseInsensitive).contains(m_folded);
+}
+
 } // namespace ZDSearchFolding

@@ -3,13 +3,12 @@
 #include "ZDAnalytics.h"
 #include "ZDFoldingTokenizer.h"
 #include "ZDSearchEngine.h"
-#include "ZDSnippet.h"
 #include "ZDSearchFolding.h"
+#include "ZDSnippet.h"
 #include "ZDSnippetIndexes.h"
 #include "ZDTextFolding.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
@@ -51,9 +50,9 @@ ZDTermPlacement placementOf(const Run &run)
 /// One required word and what the index says of it.
 struct WordFilter
 {
-    QString needle;              // the word folded as the comparison asks
-    bool pruned = false;         // `candidates` holds every indexed snippet that may match
-    bool decisive = false;       // ... and every one of them does match
+    std::shared_ptr<ZDSearchFolding::Needle> needle; // the word as the comparison asks
+    bool pruned = false;          // `candidates` holds every indexed snippet that may match
+    bool decisive = false;        // ... and every one of them does match
     std::vector<bool> candidates; // by document number
 };
 
@@ -86,13 +85,31 @@ void prune(WordFilter &filter, const QString &folded, const ZDFullTextIndex &ind
     if (runs.size() > 3)
         runs.resize(3);
     for (const Run &run : std::as_const(runs)) {
-        const std::vector<bool> documents = index.documentsWithTermsContaining(run.text.toUtf8(), placementOf(run));
+        const std::vector<bool> documents =
+            index.documentsWithTermsContaining(run.text.toUtf8(), placementOf(run));
         if (!filter.pruned)
             filter.candidates = documents;
         else
             intersect(filter.candidates, documents);
         filter.pruned = true;
     }
+}
+
+/// Whether the snippet's title, or full text, holds the word. The pieces of a full text are
+/// joined by line feeds, so a word without one occurs within a single piece.
+bool isFoundIn(const ZDSearchFolding::Needle &needle, const ZDSnippet &snippet, bool fullText)
+{
+    if (!fullText)
+        return needle.isFoundIn(snippet.title());
+    if (needle.text().contains(QLatin1Char('\n')))
+        return needle.isFoundIn(snippet.stringRepresentation());
+    if (needle.isFoundIn(snippet.title()))
+        return true;
+    for (const ZDSnippetPartPtr &part : snippet.parts()) {
+        if (needle.isFoundIn(part->note()) || needle.isFoundIn(part->content()))
+            return true;
+    }
+    return false;
 }
 
 void reportRankingError(const QString &description)
@@ -110,12 +127,14 @@ QStringList ZDSearchEngine::wordsOfKeyword(const QString &keyword, bool fuzzy)
 }
 
 std::vector<qint64> ZDSearchEngine::documentIDsByPosition(const ZDSnippetList &snippets,
-                                                          const ZDSnippetIndexes &indexes, bool fullText) const
+                                                          const ZDSnippetIndexes &indexes,
+                                                          bool fullText) const
 {
     std::lock_guard lock(m_cacheMutex);
     PositionCache &cache = m_cache;
-    if (!cache.valid || cache.list.constData() != snippets.constData() || cache.list.size() != snippets.size()
-        || cache.indexes != &indexes || cache.revision != indexes.revision()) {
+    if (!cache.valid || cache.list.constData() != snippets.constData() ||
+        cache.list.size() != snippets.size() || cache.indexes != &indexes ||
+        cache.revision != indexes.revision()) {
         cache.list = snippets;
         cache.valid = true;
         cache.indexes = &indexes;
@@ -132,16 +151,16 @@ std::vector<qint64> ZDSearchEngine::documentIDsByPosition(const ZDSnippetList &s
     return fullText ? cache.fullTextIDs : cache.titleIDs;
 }
 
-std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &snippets, const QStringList &words,
-                                                         bool fullText, bool matchesCase,
-                                                         const ZDSnippetIndexes *indexes,
+std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &snippets,
+                                                         const QStringList &words, bool fullText,
+                                                         bool matchesCase, const ZDSnippetIndexes *indexes,
                                                          std::vector<qint64> *documentIDs) const
 {
     std::vector<WordFilter> filters;
     for (const QString &word : words) {
         WordFilter filter;
         const QString folded = ZDTextFolding::folded(word);
-        filter.needle = matchesCase ? ZDTextFolding::removingDiacritics(word) : folded;
+        filter.needle = std::make_shared<ZDSearchFolding::Needle>(word, !matchesCase);
         if (indexes)
             prune(filter, folded, indexes->index(fullText), matchesCase);
         filters.push_back(std::move(filter));
@@ -158,7 +177,6 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
     for (qsizetype i = 0; i < snippets.size(); ++i) {
         const qint64 id = ids[size_t(i)];
         const bool indexed = id > 0 && (pending.isEmpty() || !pending.contains(snippets[i].get()));
-        std::optional<QString> text;
         bool matched = true;
         for (const WordFilter &filter : filters) {
             if (indexed && filter.pruned) {
@@ -169,11 +187,7 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
                 if (filter.decisive)
                     continue;
             }
-            if (!text) {
-                const ZDSnippet &snippet = *snippets[i];
-                text = ZDSearchFolding::folded(fullText ? snippet.stringRepresentation() : snippet.title(), !matchesCase);
-            }
-            if (!text->contains(filter.needle)) {
+            if (!isFoundIn(*filter.needle, *snippets[i], fullText)) {
                 matched = false;
                 break;
             }
@@ -198,7 +212,8 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
     if (indexes)
         lock = indexes->lock();
     ZDSnippetList matches;
-    for (qsizetype position : matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), nullptr))
+    for (qsizetype position :
+         matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), nullptr))
         matches.append(snippets[position]);
     return matches;
 }
@@ -211,18 +226,22 @@ QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullTe
     // literal keyword is a phrase of its terms.
     constexpr int expansionLimit = 64;
     QStringList clauses;
-    auto phrase = [](const QStringList &terms) -> QString { return QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"'); };
+    auto phrase = [](const QStringList &terms) -> QString {
+        return QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"');
+    };
     if (fuzzy) {
         for (const QString &word : wordsOfKeyword(keyword, true)) {
             const QString folded = ZDTextFolding::folded(word);
             if (ZDFoldingTokenizer::isSingleTerm(folded)) {
-                const QList<QByteArray> terms = index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit);
+                const QList<QByteArray> terms =
+                    index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit);
                 if (terms.isEmpty())
                     return {}; // every word is required
                 QStringList alternatives;
                 for (const QByteArray &term : terms)
                     alternatives.append(QLatin1Char('"') + QString::fromUtf8(term) + QLatin1Char('"'));
-                clauses.append(QLatin1Char('(') + alternatives.join(QStringLiteral(" OR ")) + QLatin1Char(')'));
+                clauses.append(QLatin1Char('(') + alternatives.join(QStringLiteral(" OR ")) +
+                               QLatin1Char(')'));
             } else if (const QStringList terms = ZDFoldingTokenizer::terms(folded); !terms.isEmpty()) {
                 clauses.append(phrase(terms));
             }
@@ -235,7 +254,8 @@ QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullTe
     return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs);
 }
 
-ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText, bool fuzzy) const
+ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText,
+                                                           bool fuzzy) const
 {
     ZDRankCollection ranks;
     const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
@@ -248,7 +268,8 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
         }
         const QString identifier = hit.identifier.mid(hit.identifier.lastIndexOf(QLatin1Char('/')) + 1);
         if (identifier.isEmpty()) {
-            reportRankingError(QStringLiteral("rankCollectionWithKeyword:fullText:fuzzy: lastPathComponent is nil"));
+            reportRankingError(
+                QStringLiteral("rankCollectionWithKeyword:fullText:fuzzy: lastPathComponent is nil"));
             continue;
         }
         ranks.setRelevance(identifier, hit.score);
@@ -256,8 +277,9 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
     return ranks;
 }
 
-ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &keyword, bool fullText, bool fuzzy,
-                                                               bool matchesCase, ZDRankCollection *ranksOut) const
+ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &keyword, bool fullText,
+                                                               bool fuzzy, bool matchesCase,
+                                                               ZDRankCollection *ranksOut) const
 {
     const ZDSnippetList snippets = m_source ? m_source() : ZDSnippetList();
     const QStringList words = wordsOfKeyword(keyword, fuzzy);
@@ -270,22 +292,26 @@ ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &ke
     if (indexes)
         lock = indexes->lock();
     std::vector<qint64> ids;
-    std::vector<qsizetype> positions = matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), &ids);
+    std::vector<qsizetype> positions =
+        matchingPositions(snippets, words, fullText, matchesCase, indexes.get(), &ids);
 
     if (indexes) {
         // Relevance by document number; a match the ranking did not return keeps -1 and goes last.
-        std::vector<double> relevance(size_t(indexes->index(fullText).maximumDocumentID() + 1), ZDRankCollection::unranked);
+        std::vector<double> relevance(size_t(indexes->index(fullText).maximumDocumentID() + 1),
+                                      ZDRankCollection::unranked);
         for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
             if (size_t(hit.documentID) < relevance.size())
                 relevance[size_t(hit.documentID)] = std::max(relevance[size_t(hit.documentID)], hit.score);
         }
         auto relevanceAt = [&](qsizetype position) {
             const qint64 id = ids[size_t(position)];
-            return id > 0 && size_t(id) < relevance.size() ? relevance[size_t(id)] : ZDRankCollection::unranked;
+            return id > 0 && size_t(id) < relevance.size() ? relevance[size_t(id)]
+                                                           : ZDRankCollection::unranked;
         };
-        const auto unranked = std::stable_partition(positions.begin(), positions.end(), [&](qsizetype position) {
-            return relevanceAt(position) != ZDRankCollection::unranked;
-        });
+        const auto unranked =
+            std::stable_partition(positions.begin(), positions.end(), [&](qsizetype position) {
+                return relevanceAt(position) != ZDRankCollection::unranked;
+            });
         std::stable_sort(positions.begin(), unranked,
                          [&](qsizetype a, qsizetype b) { return relevanceAt(a) > relevanceAt(b); });
         if (ranksOut) {
@@ -299,17 +325,18 @@ ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &ke
         matches.append(snippets[position]);
     return matches;
 }
-ZDSnippetList ZDSearchEngine::snippetsWithKeyword(const QString &keyword, const QList<ZDSearchConstraint> &constraints,
-                                                  bool fullText, bool fuzzy, bool matchesCase,
-                                                  ZDRankCollection *ranks) const
+ZDSnippetList ZDSearchEngine::snippetsWithKeyword(const QString &keyword,
+                                                  const QList<ZDSearchConstraint> &constraints, bool fullText,
+                                                  bool fuzzy, bool matchesCase, ZDRankCollection *ranks) const
 {
     ZDSnippetList result = mutableOrderedObjectsWithKeyword(keyword, fullText, fuzzy, matchesCase, ranks);
     if (constraints.isEmpty())
         return result;
     ZDSnippetList filtered;
     for (const ZDSnippetPtr &snippet : std::as_const(result)) {
-        const bool kept = std::all_of(constraints.begin(), constraints.end(),
-                                      [&](const ZDSearchConstraint &constraint) { return constraint.matches(*snippet); });
+        const bool kept =
+            std::all_of(constraints.begin(), constraints.end(),
+                        [&](const ZDSearchConstraint &constraint) { return constraint.matches(*snippet); });
         if (kept)
             filtered.append(snippet);
     }

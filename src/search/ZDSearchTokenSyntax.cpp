@@ -57,7 +57,8 @@ QString copiedText(const QString &selectedText)
 
 } // namespace ZDSearchTokenSyntax
 
-QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword, const QList<ZDSearchConstraint> &existing,
+QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword,
+                                                 const QList<ZDSearchConstraint> &existing,
                                                  const QList<ZDIndexResult> &folders,
                                                  const QList<ZDIndexResult> &tags,
                                                  const QList<ZDIndexResult> &languages)
@@ -77,22 +78,26 @@ QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword, const Q
     for (const auto &kind : kinds) {
         QList<ZDSearchConstraint> proposals;
         for (const ZDIndexResult &record : kind.records) {
-            const bool present = std::any_of(existing.begin(), existing.end(), [&](const ZDSearchConstraint &constraint) {
-                return constraint.constraintName() == kind.kind && constraint.constraintUnderlyingValue() == record.ubiquitousName;
-            });
+            const bool present =
+                std::any_of(existing.begin(), existing.end(), [&](const ZDSearchConstraint &constraint) {
+                    return constraint.constraintName() == kind.kind &&
+                           constraint.constraintUnderlyingValue() == record.ubiquitousName;
+                });
             if (present || record.count == 0)
                 continue;
             if (!lowered.isEmpty() && !record.displayName.toLower().contains(lowered))
                 continue;
-            proposals.append(ZDSearchConstraint(kind.kind, record.displayName, record.ubiquitousName, record.count));
+            proposals.append(
+                ZDSearchConstraint(kind.kind, record.displayName, record.ubiquitousName, record.count));
         }
-        std::stable_sort(proposals.begin(), proposals.end(), [&](const ZDSearchConstraint &a, const ZDSearchConstraint &b) {
-            const bool exactA = a.constraintDisplayValue().toLower() == lowered;
-            const bool exactB = b.constraintDisplayValue().toLower() == lowered;
-            if (exactA != exactB)
-                return exactA;
-            return a.constriantTargetCount() > b.constriantTargetCount();
-        });
+        std::stable_sort(proposals.begin(), proposals.end(),
+                         [&](const ZDSearchConstraint &a, const ZDSearchConstraint &b) {
+                             const bool exactA = a.constraintDisplayValue().toLower() == lowered;
+                             const bool exactB = b.constraintDisplayValue().toLower() == lowered;
+                             if (exactA != exactB)
+                                 return exactA;
+                             return a.constriantTargetCount() > b.constriantTargetCount();
+                         });
         // One proposal per kind, and none before anything is typed.
         proposals = proposals.mid(0, lowered.isEmpty() ? 0 : 1);
         if (!proposals.isEmpty())
@@ -101,8 +106,7 @@ QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword, const Q
     return sections;
 }
 
-ZDSearchQueryChangeTimer::ZDSearchQueryChangeTimer(QObject *parent)
-    : QObject(parent)
+ZDSearchQueryChangeTimer::ZDSearchQueryChangeTimer(QObject *parent) : QObject(parent)
 {
     m_timer.setSingleShot(true);
     m_timer.setInterval(delayMs);

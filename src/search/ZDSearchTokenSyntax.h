@@ -50,7 +50,8 @@ struct ZDSearchProposalSection
 /// before any other, then the highest count; none at all for an empty keyword. Records with
 /// no snippets and those already in `existing` (same kind and value) are left out, and so are
 /// empty sections.
-QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword, const QList<ZDSearchConstraint> &existing,
+QList<ZDSearchProposalSection> zdSearchProposals(const QString &keyword,
+                                                 const QList<ZDSearchConstraint> &existing,
                                                  const QList<ZDIndexResult> &folders,
                                                  const QList<ZDIndexResult> &tags,
                                                  const QList<ZDIndexResult> &languages);

@@ -2,11 +2,7 @@
 
 #include "ZDSnippet.h"
 
-ZDSnippetIndexes::ZDSnippetIndexes()
-    : m_title(titleIndexName)
-    , m_fullText(fullTextIndexName)
-{
-}
+ZDSnippetIndexes::ZDSnippetIndexes() : m_title(titleIndexName), m_fullText(fullTextIndexName) {}
 
 bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
 {

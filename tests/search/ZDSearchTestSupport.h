@@ -49,7 +49,8 @@ protected:
         return result;
     }
 
-    ZDLanguageRegistry registry{ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Languages.json")};
+    ZDLanguageRegistry registry{ZDTestSupport::sourceResourcesDirectory() +
+                                QStringLiteral("/Languages.json")};
     ZDSnippetList library;
     std::unique_ptr<ZDSearchEngine> engine;
 };

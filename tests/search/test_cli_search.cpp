@@ -30,7 +30,8 @@ protected:
         ASSERT_TRUE(center.setRootFolderNodes({work}));
         swift = ZDTag::create(QStringLiteral("swift"));
         ASSERT_TRUE(center.setTags({swift}));
-        ZDSnippetPtr once = addSnippet(QStringLiteral("mentions it once"), QStringLiteral("parse the foo here and there"));
+        ZDSnippetPtr once =
+            addSnippet(QStringLiteral("mentions it once"), QStringLiteral("parse the foo here and there"));
         ZDSnippetPtr often = addSnippet(QStringLiteral("foo foo"), QStringLiteral("foo"));
         often->setFolderUUID(work->UUID());
         often->setTagUUIDs({swift->UUID()});
@@ -47,8 +48,9 @@ protected:
         QString out, err;
         QTextStream outStream(&out), errStream(&err);
         ZDCli cli(defaults, registry);
-        EXPECT_EQ(cli.run(QStringList{QStringLiteral("--library"), directory.filePath(QStringLiteral("test.zandriolibrary"))}
-                              + arguments,
+        EXPECT_EQ(cli.run(QStringList{QStringLiteral("--library"),
+                                      directory.filePath(QStringLiteral("test.zandriolibrary"))} +
+                              arguments,
                           outStream, errStream),
                   expectedStatus)
             << err.toStdString();
@@ -64,13 +66,16 @@ protected:
 
 TEST_F(CliSearchTest, SearchPrintsTheEnginesOrderWithRelevanceInJson)
 {
-    const QJsonArray result = QJsonDocument::fromJson(run({"search", "--json", "--exact", "foo"}).toUtf8()).array();
+    const QJsonArray result =
+        QJsonDocument::fromJson(run({"search", "--json", "--exact", "foo"}).toUtf8()).array();
     ASSERT_EQ(result.size(), 3);
     EXPECT_EQ(result[0][QStringLiteral("title")], QStringLiteral("foo foo"));
     EXPECT_EQ(result[0][QStringLiteral("folder")], QStringLiteral("Work"));
     EXPECT_EQ(result[0][QStringLiteral("tags")], QJsonArray({"swift"}));
-    EXPECT_EQ(result[0][QStringLiteral("parts")][0][QStringLiteral("language")], QStringLiteral("SwiftLexer"));
-    EXPECT_GT(result[0][QStringLiteral("relevance")].toDouble(), result[1][QStringLiteral("relevance")].toDouble());
+    EXPECT_EQ(result[0][QStringLiteral("parts")][0][QStringLiteral("language")],
+              QStringLiteral("SwiftLexer"));
+    EXPECT_GT(result[0][QStringLiteral("relevance")].toDouble(),
+              result[1][QStringLiteral("relevance")].toDouble());
     EXPECT_TRUE(result[0][QStringLiteral("gistIdentifier")].isNull());
     // "xfoo" holds no term "foo": found, but unranked and last.
     EXPECT_EQ(result[2][QStringLiteral("title")], QStringLiteral("inside"));

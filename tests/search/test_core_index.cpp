@@ -145,8 +145,8 @@ TEST_F(CoreIndexTest, NoticesAdjustCountsInPlaceOrMarkKindsDirty)
     // The four notices may arrive in any order.
     const QHash<QString, qint64> expectedTags{{"python", 1}, {"bash", 2}};
     ASSERT_TRUE(ZDTestSupport::waitFor([&] {
-        return index->folders().size() == 4 && counts(index->tags()) == expectedTags
-            && counts(index->folders()).value(QStringLiteral("Uncategorized")) == 2;
+        return index->folders().size() == 4 && counts(index->tags()) == expectedTags &&
+               counts(index->folders()).value(QStringLiteral("Uncategorized")) == 2;
     }));
     EXPECT_EQ(index->folders()[1], ZDIndexResult::resultWithDisplayName("Fresh", fresh->UUID(), 0));
     EXPECT_EQ(counts(index->folders()).value(QStringLiteral("Scripts")), 1);

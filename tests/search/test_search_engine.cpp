@@ -1,10 +1,15 @@
 #include "ZDSearchTestSupport.h"
 
-#include "ZDMulticastDelegateHandler.h"
 #include "ZDFullTextIndex.h"
+#include "ZDMulticastDelegateHandler.h"
 #include "ZDSnippetIndexes.h"
 
+#include "ZDAnalytics.h"
+#include "ZDLogger.h"
+
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 TEST_F(SearchTest, AnEmptyKeywordGivesTheLibraryInStoreOrderFilteredByConstraints)
 {
@@ -73,7 +78,8 @@ TEST_F(SearchTest, RankedMatchesComeFirstAndUnrankedOnesLastInStoreOrder)
     makeEngine();
     rebuildAndWait();
     ZDRankCollection ranks;
-    const ZDSnippetList result = engine->snippetsWithKeyword(QStringLiteral("foo bar"), {}, true, false, false, &ranks);
+    const ZDSnippetList result =
+        engine->snippetsWithKeyword(QStringLiteral("foo bar"), {}, true, false, false, &ranks);
     EXPECT_EQ(titles(result),
               QStringList({"twice in a short text", "once in a long text", "inside a longer term"}));
     EXPECT_EQ(ranks.relevanceForIdentifier(result[2]->UUID()), ZDRankCollection::unranked);
@@ -90,7 +96,8 @@ TEST_F(SearchTest, WithoutAReadyIndexMatchesComeUnrankedInStoreOrder)
     addSnippet(QStringLiteral("b"), QStringLiteral("foo foo foo"));
     makeEngine();
     EXPECT_FALSE(engine->indexReady());
-    EXPECT_EQ(titles(engine->snippetsWithKeyword(QStringLiteral("foo"), {}, true, true, false)), QStringList({"a", "b"}));
+    EXPECT_EQ(titles(engine->snippetsWithKeyword(QStringLiteral("foo"), {}, true, true, false)),
+              QStringList({"a", "b"}));
     EXPECT_TRUE(engine->rankCollectionWithKeyword(QStringLiteral("foo"), true, true).isEmpty());
 }
 
@@ -180,7 +187,8 @@ TEST_F(SearchTest, IndexesAreCompactedOnceMoreThanAHundredNumbersAreFree)
     EXPECT_EQ(index.documentCount(), 149);
     // The renumbered documents still answer queries and substring matching.
     ZDRankCollection ranks;
-    const ZDSnippetList found = engine->snippetsWithKeyword(QStringLiteral("word249"), {}, true, true, false, &ranks);
+    const ZDSnippetList found =
+        engine->snippetsWithKeyword(QStringLiteral("word249"), {}, true, true, false, &ranks);
     ASSERT_EQ(found.size(), 1);
     EXPECT_GT(ranks.relevanceForIdentifier(found.first()->UUID()), 0);
     EXPECT_EQ(engine->snippetsWithKeyword(QStringLiteral("common"), {}, true, true, false).size(), 149);
@@ -194,7 +202,8 @@ TEST(FullTextIndex, ReplacedAndRemovedDocumentsLeaveTheirOldTermsBehind)
     const qint64 second = index.addDocument(QStringLiteral("b"), QStringLiteral("cafeteria"));
     index.flush();
     auto holders = [&](const char *fragment) {
-        const std::vector<bool> documents = index.documentsWithTermsContaining(fragment, ZDTermPlacement::Anywhere);
+        const std::vector<bool> documents =
+            index.documentsWithTermsContaining(fragment, ZDTermPlacement::Anywhere);
         QList<qint64> ids;
         for (size_t i = 0; i < documents.size(); ++i) {
             if (documents[i])
@@ -203,7 +212,8 @@ TEST(FullTextIndex, ReplacedAndRemovedDocumentsLeaveTheirOldTermsBehind)
         return ids;
     };
     EXPECT_EQ(holders("cafe"), QList<qint64>({first, second}));
-    EXPECT_EQ(index.addDocument(QStringLiteral("a"), QStringLiteral("tea"), QStringLiteral("Café latte")), first);
+    EXPECT_EQ(index.addDocument(QStringLiteral("a"), QStringLiteral("tea"), QStringLiteral("Café latte")),
+              first);
     EXPECT_EQ(holders("cafe"), QList<qint64>({second}));
     EXPECT_EQ(holders("tea"), QList<qint64>({first}));
     index.removeDocument(QStringLiteral("b"), QStringLiteral("cafeteria"));
@@ -211,4 +221,40 @@ TEST(FullTextIndex, ReplacedAndRemovedDocumentsLeaveTheirOldTermsBehind)
     EXPECT_TRUE(holders("cafe").isEmpty());
     EXPECT_EQ(index.search(QStringLiteral("\"tea\""), 10, 1000).size(), 1);
     EXPECT_TRUE(index.termsContaining("caf", ZDTermPlacement::AtStart).isEmpty());
+}
+
+TEST_F(SearchTest, UpdatesWithMissingDataAreReportedAndTheSnippetIsStillFound)
+{
+    QTemporaryDir logs;
+    ZDLogger logger(logs.path());
+    ZDLogger::install(&logger);
+    ZDAnalytics analytics;
+    analytics.setConsentProvider([] { return true; });
+    ZDAnalytics::install(&analytics);
+
+    ZDSnippetPtr untitled = addSnippet(QStringLiteral("old title"), QStringLiteral("body"));
+    makeEngine();
+    engine->updateIndexForSnippet(untitled, ZDIndexChangeKind::Added); // before any build
+    engine->waitUntilIndexIsIdle();
+    rebuildAndWait();
+    untitled->setTitle(QString());
+    engine->updateIndexForSnippet(untitled, ZDIndexChangeKind::Changed);
+    engine->updateIndexForSnippet(nullptr, ZDIndexChangeKind::Removed);
+    engine->waitUntilIndexIsIdle();
+    EXPECT_TRUE(engine->snippetsWithKeyword(QStringLiteral("old"), {}, true, true, false).isEmpty());
+    EXPECT_EQ(engine->snippetsWithKeyword(QStringLiteral("body"), {}, true, true, false).size(), 1);
+
+    ZDAnalytics::install(nullptr);
+    ZDLogger::install(nullptr);
+    logger.flush();
+    QFile file(logger.currentFilePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString log = QString::fromUtf8(file.readAll());
+    for (const char *description : {"updateIndexForSnippet:changeKind: titleIndex is nil.",
+                                    "updateIndexForSnippet:changeKind: snippet.title is nil.",
+                                    "updateIndexForSnippet:changeKind: snippet is nil."}) {
+        EXPECT_TRUE(log.contains(
+            QStringLiteral("Event SearchEngineErr {\"description\":\"%1\"}").arg(QLatin1String(description))))
+            << description;
+    }
 }

@@ -14,9 +14,10 @@
 namespace {
 
 const QStringList kFragments = {
-    "foo", "Foo", "FOO", "bar", "baz", "café", "CAFE", "Café", "naïve", "x", "X", "ß", "Straße", "STRASSE",
-    "ǅemal", "ﬁle", "İstanbul", "ΣΊΣΥΦΟΣ", "σίσυφος", "日本語", "42", "4２", "a.b", "->", "foo_bar", "👍",
-    "e\u0301", "é", "Ångström", "return", "int", "i", "ı", "ω", "Ω", "\u00a0", "ﬀ"};
+    "foo", "Foo", "FOO",    "bar",     "baz",     "café",   "CAFE",     "Café",    "naïve",    "x",
+    "X",   "ß",   "Straße", "STRASSE", "ǅemal",   "ﬁle",    "İstanbul", "ΣΊΣΥΦΟΣ", "σίσυφος",  "日本語",
+    "42",  "4２", "a.b",    "->",      "foo_bar", "👍",      "e\u0301",  "é",       "Ångström", "return",
+    "int", "i",   "ı",      "ω",       "Ω",       "\u00a0", "ﬀ"};
 const QStringList kSeparators = {" ", " ", "  ", ".", "", "\n", "\t", "(", "::"};
 
 QString randomText(QRandomGenerator &random, int maximumPieces)
@@ -71,9 +72,9 @@ ZDSnippetList plainScan(const ZDSnippetList &library, const QString &keyword, bo
     const QStringList words = ZDSearchEngine::wordsOfKeyword(keyword, fuzzy);
     std::vector<ZDPredicate> predicates;
     for (const QString &word : words) {
-        predicates.push_back(ZDPredicate::fromFormat(
-            matchesCase ? QStringLiteral("text CONTAINS[d] %@") : QStringLiteral("text CONTAINS[cd] %@"), nullptr,
-            {word}));
+        predicates.push_back(ZDPredicate::fromFormat(matchesCase ? QStringLiteral("text CONTAINS[d] %@")
+                                                                 : QStringLiteral("text CONTAINS[cd] %@"),
+                                                     nullptr, {word}));
     }
     ZDSnippetList result;
     for (const ZDSnippetPtr &snippet : library) {
@@ -110,10 +111,12 @@ protected:
             const bool fuzzy = random.bounded(2);
             const bool matchesCase = random.bounded(3) == 0;
             const ZDSnippetList expected = plainScan(library, keyword, fullText, fuzzy, matchesCase);
-            ASSERT_EQ(titles(engine->privateSearchWithKeyword(keyword, fullText, fuzzy, matchesCase)), titles(expected))
+            ASSERT_EQ(titles(engine->privateSearchWithKeyword(keyword, fullText, fuzzy, matchesCase)),
+                      titles(expected))
                 << stage << ": keyword \"" << keyword.toStdString() << "\" fullText " << fullText << " fuzzy "
                 << fuzzy << " matchesCase " << matchesCase;
-            const ZDSnippetList ordered = engine->snippetsWithKeyword(keyword, {}, fullText, fuzzy, matchesCase);
+            const ZDSnippetList ordered =
+                engine->snippetsWithKeyword(keyword, {}, fullText, fuzzy, matchesCase);
             ASSERT_EQ(QSet<ZDSnippetPtr>(ordered.begin(), ordered.end()),
                       QSet<ZDSnippetPtr>(expected.begin(), expected.end()));
         }
@@ -182,18 +185,20 @@ TEST_F(SearchPropertyTest, TheEngineFindsWhatAPlainScanFinds)
 TEST(SearchFolding, EqualsTheRecordsFoldingOnMixedText)
 {
     // ASCII beside combining marks, Hangul jamo, ligatures, astral letters and odd case pairs.
-    const QList<QPair<char32_t, char32_t>> blocks = {{0x20, 0x7e}, {0xc0, 0x24f}, {0x300, 0x36f}, {0x370, 0x3ff},
-                                                     {0x1100, 0x11ff}, {0x1e00, 0x1eff}, {0x2100, 0x214f},
-                                                     {0xac00, 0xac40}, {0xfb00, 0xfb06}, {0x1d400, 0x1d4ff}};
+    const QList<QPair<char32_t, char32_t>> blocks = {
+        {0x20, 0x7e},     {0xc0, 0x24f},    {0x300, 0x36f},   {0x370, 0x3ff},   {0x1100, 0x11ff},
+        {0x1e00, 0x1eff}, {0x2100, 0x214f}, {0xac00, 0xac40}, {0xfb00, 0xfb06}, {0x1d400, 0x1d4ff}};
     QRandomGenerator random(99);
     for (int round = 0; round < 3000; ++round) {
         QString text;
         for (int i = random.bounded(12); i > 0; --i) {
             const auto &[first, last] = blocks[random.bounded(int(blocks.size()))];
-            text += QString::fromUcs4(std::array<char32_t, 1>{char32_t(first + random.bounded(int(last - first + 1)))}.data(), 1);
+            text += QString::fromUcs4(
+                std::array<char32_t, 1>{char32_t(first + random.bounded(int(last - first + 1)))}.data(), 1);
         }
         const bool caseInsensitive = random.bounded(2);
-        ASSERT_EQ(ZDSearchFolding::folded(text, caseInsensitive), ZDTextFolding::folded(text, caseInsensitive, true))
+        ASSERT_EQ(ZDSearchFolding::folded(text, caseInsensitive),
+                  ZDTextFolding::folded(text, caseInsensitive, true))
             << text.toStdString();
     }
 }

@@ -24,7 +24,7 @@ TEST(TokenSyntax, TheCompletionWordStartsAfterASpaceTabOrToken)
 
     EXPECT_EQ(completionKeyword(QStringLiteral("foo in:Sw"), 9), QStringLiteral("Sw"));
     EXPECT_EQ(completionKeyword(QStringLiteral("in:"), 3), QStringLiteral(""));
-    EXPECT_FALSE(completionKeyword(QStringLiteral("in:"), 3).isNull()); // the list opens, with nothing
+    EXPECT_FALSE(completionKeyword(QStringLiteral("in:"), 3).isNull());      // the list opens, with nothing
     EXPECT_TRUE(completionKeyword(QStringLiteral("in:sw foo"), 9).isNull()); // left the word: closes
     EXPECT_TRUE(completionKeyword(QStringLiteral("xin:sw"), 6).isNull());
 }
@@ -32,22 +32,29 @@ TEST(TokenSyntax, TheCompletionWordStartsAfterASpaceTabOrToken)
 TEST(TokenSyntax, KeywordsCopiesAndPastes)
 {
     EXPECT_EQ(searchKeyword(token + QStringLiteral(" foo")), QStringLiteral(" foo"));
-    EXPECT_EQ(searchKeyword(QStringLiteral("a") + token + token + QStringLiteral("b ")), QStringLiteral("ab "));
+    EXPECT_EQ(searchKeyword(QStringLiteral("a") + token + token + QStringLiteral("b ")),
+              QStringLiteral("ab "));
     EXPECT_EQ(copiedText(token + QStringLiteral("x")), QStringLiteral("x"));
     EXPECT_EQ(pastedText(QStringLiteral("a\nb\r\nc")), QStringLiteral("a b  c"));
 }
 
 TEST(SearchConstraint, PredicatesDisplayAndEquality)
 {
-    const ZDSearchConstraint folder(ZDSearchConstraint::folderKind, QStringLiteral("Work"), QStringLiteral("F1"), 1);
+    const ZDSearchConstraint folder(ZDSearchConstraint::folderKind, QStringLiteral("Work"),
+                                    QStringLiteral("F1"), 1);
     EXPECT_EQ(folder.description(), QStringLiteral("folderUUID == \"F1\""));
     EXPECT_EQ(folder.displayString(), QStringLiteral("Work  (1 snippet)"));
-    EXPECT_EQ(ZDSearchConstraint(ZDSearchConstraint::tagKind, "t", "x", 0).countString(), QStringLiteral("(0 snippet)"));
-    EXPECT_EQ(ZDSearchConstraint(ZDSearchConstraint::tagKind, "t", "x", 2).countString(), QStringLiteral("(2 snippets)"));
+    EXPECT_EQ(ZDSearchConstraint(ZDSearchConstraint::tagKind, "t", "x", 0).countString(),
+              QStringLiteral("(0 snippet)"));
+    EXPECT_EQ(ZDSearchConstraint(ZDSearchConstraint::tagKind, "t", "x", 2).countString(),
+              QStringLiteral("(2 snippets)"));
     // Equal by underlying value alone.
-    EXPECT_EQ(folder, ZDSearchConstraint(ZDSearchConstraint::tagKind, QStringLiteral("other"), QStringLiteral("F1"), 9));
-    EXPECT_NE(folder, ZDSearchConstraint(ZDSearchConstraint::folderKind, QStringLiteral("Work"), QStringLiteral("F2"), 1));
-    EXPECT_EQ(ZDSearchConstraint(QStringLiteral("COLOR"), "c", "v", 1).predicateValue(), ZDPredicate::truePredicate());
+    EXPECT_EQ(folder, ZDSearchConstraint(ZDSearchConstraint::tagKind, QStringLiteral("other"),
+                                         QStringLiteral("F1"), 9));
+    EXPECT_NE(folder, ZDSearchConstraint(ZDSearchConstraint::folderKind, QStringLiteral("Work"),
+                                         QStringLiteral("F2"), 1));
+    EXPECT_EQ(ZDSearchConstraint(QStringLiteral("COLOR"), "c", "v", 1).predicateValue(),
+              ZDPredicate::truePredicate());
 }
 
 TEST_F(SearchTest, AConstraintMatchesWhatItsPredicateSays)
@@ -66,8 +73,10 @@ TEST_F(SearchTest, AConstraintMatchesWhatItsPredicateSays)
         snippet->setParts(parts);
         for (const QString &kind : {ZDSearchConstraint::folderKind, ZDSearchConstraint::tagKind,
                                     ZDSearchConstraint::languageKind}) {
-            const ZDSearchConstraint constraint(kind, QStringLiteral("x"), values[random.bounded(int(values.size()))], 1);
-            ASSERT_EQ(constraint.matches(*snippet), ZDSnippetKeyPaths::evaluate(constraint.predicateValue(), *snippet))
+            const ZDSearchConstraint constraint(kind, QStringLiteral("x"),
+                                                values[random.bounded(int(values.size()))], 1);
+            ASSERT_EQ(constraint.matches(*snippet),
+                      ZDSnippetKeyPaths::evaluate(constraint.predicateValue(), *snippet))
                 << constraint.description().toStdString();
         }
     }
@@ -75,14 +84,15 @@ TEST_F(SearchTest, AConstraintMatchesWhatItsPredicateSays)
 
 TEST(SearchProposals, OneBestProposalPerKindAndNoneForAnEmptyKeyword)
 {
-    const QList<ZDIndexResult> folders = {{"Swift scratch", "F1", 40}, {"sw", "F2", 2}, {"Shell", "F3", 90},
-                                          {"Swap", "F4", 0}};
+    const QList<ZDIndexResult> folders = {
+        {"Swift scratch", "F1", 40}, {"sw", "F2", 2}, {"Shell", "F3", 90}, {"Swap", "F4", 0}};
     const QList<ZDIndexResult> tags = {{"swing", "T1", 3}, {"sweet", "T2", 5}};
     const QList<ZDIndexResult> languages = {{"Swift", "SwiftLexer", 12}, {"Python", "PythonLexer", 99}};
 
     EXPECT_TRUE(zdSearchProposals(QStringLiteral(""), {}, folders, tags, languages).isEmpty());
 
-    const QList<ZDSearchProposalSection> sections = zdSearchProposals(QStringLiteral("SW"), {}, folders, tags, languages);
+    const QList<ZDSearchProposalSection> sections =
+        zdSearchProposals(QStringLiteral("SW"), {}, folders, tags, languages);
     ASSERT_EQ(sections.size(), 3);
     EXPECT_EQ(sections[0].title, QStringLiteral("Folder"));
     ASSERT_EQ(sections[0].proposals.size(), 1);
