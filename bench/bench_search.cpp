@@ -2,7 +2,8 @@
 // latency of keyword searches (matching plus ranking), beside the time ripgrep takes to find the
 // same words in the same snippets written as plain files.
 //
-// Usage: bench_search [SNIPPETS] [ROUNDS]
+// Usage: bench_search [SNIPPETS] [ROUNDS]   (ROUNDS 0: the rebuild only)
+// ZD_BENCH_ONLY=TEXT runs only the queries whose label holds TEXT; ZD_NORG=1 skips ripgrep.
 
 #include "ZDLanguageRegistry.h"
 #include "ZDSearchBenchLibrary.h"
