@@ -182,6 +182,7 @@ void ZDSearchEngine::snippetsDidRemove(QObject *, const ZDSnippetList &snippets)
     for (const ZDSnippetPtr &snippet : snippets)
         removed.append(ZDIndexedSnippet::capture(snippet));
     enqueueUpdates(std::move(removed), ZDIndexChangeKind::Removed);
+    compactIfRequired(); // only once enough numbers are free
 }
 
 void ZDSearchEngine::snippetTitleDidChange(QObject *, const ZDSnippetPtr &snippet)
