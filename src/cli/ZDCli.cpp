@@ -5,6 +5,7 @@
 #include "ZDLanguagesCommand.h"
 #include "ZDPrefsCommand.h"
 #include "ZDResources.h"
+#include "ZDSearchCommands.h"
 #include "ZDStoreCommands.h"
 
 ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaults(defaults), m_languages(languages)
@@ -14,6 +15,8 @@ ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaul
     m_commands.push_back(std::make_unique<ZDHighlightCommand>());
     m_commands.push_back(std::make_unique<ZDMarkdownCommand>());
     zdAddStoreCommands(m_commands);
+    m_commands.push_back(std::make_unique<ZDSearchCommand>());
+    m_commands.push_back(std::make_unique<ZDCompleteCommand>());
 }
 
 ZDCli::~ZDCli() = default;

@@ -1,0 +1,210 @@
+#include "ZDSearchCommands.h"
+
+#include "ZDCategoryNode.h"
+#include "ZDCoreIndex.h"
+#include "ZDDataCenter.h"
+#include "ZDLanguageRegistry.h"
+#include "ZDMulticastDelegateHandler.h"
+#include "ZDSearchEngine.h"
+#include "ZDSearchTokenSyntax.h"
+#include "ZDSnippet.h"
+#include "ZDSnippetJson.h"
+#include "ZDTag.h"
+#include "ZDUserDefaults.h"
+#include "ZDWriteTimer.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+/// The library of the command, opened for reading only: nothing is repaired or written.
+struct OpenLibrary
+{
+    ZDMulticastDelegateHandler notifier;
+    std::unique_ptr<ZDDataCenter> center;
+};
+
+std::unique_ptr<OpenLibrary> openLibrary(ZDCliContext &context, ZDError *error)
+{
+    auto library = std::make_unique<OpenLibrary>();
+    ZDDataCenter::Options options;
+    options.packagePath =
+        context.libraryPath.isEmpty() ? ZDDataCenter::defaultLocalPackagePath(error) : context.libraryPath;
+    if (options.packagePath.isEmpty())
+        return nullptr;
+    options.defaults = &context.defaults;
+    options.notifier = &library->notifier;
+    options.watchForExternalChanges = false;
+    options.repairOnLoad = false;
+    library->center = std::make_unique<ZDDataCenter>(std::move(options));
+    if (!library->center->dataCenterHasValidLibrary()) {
+        ZDError::fail(error, library->center->loadError());
+        return nullptr;
+    }
+    return library;
+}
+
+QString folderUUIDNamed(const ZDDataCenter &center, const QString &name)
+{
+    const QHash<QString, QString> titles = center.folderTitles();
+    if (titles.contains(name))
+        return name;
+    for (auto it = titles.cbegin(); it != titles.cend(); ++it) {
+        if (it.value() == name)
+            return it.key();
+    }
+    for (auto it = titles.cbegin(); it != titles.cend(); ++it) {
+        if (ZDTag::isTagNameEquivalentToName(it.value(), name))
+            return it.key();
+    }
+    return {};
+}
+
+QString tagUUIDNamed(const ZDDataCenter &center, const QString &name)
+{
+    for (const ZDTagPtr &tag : center.tags()) {
+        if (tag->UUID() == name || tag->title() == name)
+            return tag->UUID();
+    }
+    for (const ZDTagPtr &tag : center.tags()) {
+        if (ZDTag::isTagNameEquivalentToName(tag->title(), name))
+            return tag->UUID();
+    }
+    return {};
+}
+
+} // namespace
+
+int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption titleOnly(QStringLiteral("title-only"));
+    const QCommandLineOption exact(QStringLiteral("exact"));
+    const QCommandLineOption matchCase(QStringLiteral("match-case"));
+    const QCommandLineOption folder(QStringLiteral("folder"), {}, QStringLiteral("NAME"));
+    const QCommandLineOption tag(QStringLiteral("tag"), {}, QStringLiteral("NAME"));
+    const QCommandLineOption language(QStringLiteral("language"), {}, QStringLiteral("ID"));
+    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addOptions({titleOnly, exact, matchCase, folder, tag, language, json});
+    int status = 0;
+    if (!parse(parser, context, name(), arguments, &status))
+        return status;
+    if (parser.positionalArguments().size() > 1)
+        return context.usage(QStringLiteral("search takes one keyword; quote a keyword with spaces"));
+    const QString keyword = parser.positionalArguments().value(0);
+
+    ZDError error;
+    const std::unique_ptr<OpenLibrary> library = openLibrary(context, &error);
+    if (!library)
+        return context.fail(error);
+    const ZDDataCenter &center = *library->center;
+
+    QList<ZDSearchConstraint> constraints;
+    for (const QString &value : parser.values(folder)) {
+        const QString UUID = folderUUIDNamed(center, value);
+        if (UUID.isEmpty())
+            return context.usage(QStringLiteral("no folder named \"%1\"").arg(value));
+        constraints.append(ZDSearchConstraint(ZDSearchConstraint::folderKind, value, UUID, 0));
+    }
+    for (const QString &value : parser.values(tag)) {
+        const QString UUID = tagUUIDNamed(center, value);
+        if (UUID.isEmpty())
+            return context.usage(QStringLiteral("no tag named \"%1\"").arg(value));
+        constraints.append(ZDSearchConstraint(ZDSearchConstraint::tagKind, value, UUID, 0));
+    }
+    for (const QString &value : parser.values(language)) {
+        if (!context.languages.languageWithIdentifier(value).isValid())
+            return context.usage(QStringLiteral("no language \"%1\"; see zandrio-cli languages").arg(value));
+        constraints.append(ZDSearchConstraint(ZDSearchConstraint::languageKind, value, value, 0));
+    }
+
+    const bool fullText = !(parser.isSet(titleOnly) || context.defaults.searchScopeTitleOnly());
+    const bool fuzzy = !parser.isSet(exact) && context.defaults.searchUsesFuzzy();
+    const bool matchesCase = parser.isSet(matchCase) || !context.defaults.searchIngoresCase();
+
+    ZDSearchEngine engine([&center] { return center.snippets(); });
+    if (!keyword.isEmpty()) {
+        engine.rebuildIndex();
+        engine.waitUntilIndexIsIdle();
+    }
+    ZDRankCollection ranks;
+    const ZDSnippetList result =
+        engine.snippetsWithKeyword(keyword, constraints, fullText, fuzzy, matchesCase, &ranks);
+
+    if (parser.isSet(json)) {
+        const QHash<QString, QString> folderTitles = center.folderTitles();
+        const ZDTagList tags = center.tags();
+        QJsonArray array;
+        for (const ZDSnippetPtr &snippet : result) {
+            QJsonObject object = ZDSnippetJson::object(*snippet, folderTitles, tags);
+            const double relevance = ranks.relevanceForIdentifier(snippet->UUID());
+            object.insert(QStringLiteral("relevance"),
+                          relevance == ZDRankCollection::unranked ? QJsonValue() : QJsonValue(relevance));
+            array.append(object);
+        }
+        context.out << QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented));
+        return 0;
+    }
+    for (const ZDSnippetPtr &snippet : result)
+        context.out << snippet->UUID() << "\t" << snippet->title() << "\n";
+    return 0;
+}
+
+int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    const QCommandLineOption json(QStringLiteral("json"));
+    parser.addOption(json);
+    int status = 0;
+    if (!parse(parser, context, name(), arguments, &status))
+        return status;
+    if (parser.positionalArguments().size() != 1)
+        return context.usage(QStringLiteral("complete takes one text"));
+    const QString text = parser.positionalArguments().first();
+    QString keyword = ZDSearchTokenSyntax::completionKeyword(text, text.size());
+    if (keyword.isNull())
+        keyword = text;
+
+    ZDError error;
+    const std::unique_ptr<OpenLibrary> library = openLibrary(context, &error);
+    if (!library)
+        return context.fail(error);
+    ZDCoreIndex index(ZDCoreIndexSource::fromDataCenter(*library->center, &context.defaults));
+    bool counted = false;
+    QObject::connect(&index, &ZDCoreIndex::indexDidChange, [&counted] { counted = true; });
+    index.rebuildAllIndex();
+    while (!counted) {
+        index.waitUntilIdle();
+        QCoreApplication::processEvents();
+    }
+
+    const QList<ZDSearchProposalSection> sections =
+        zdSearchProposals(keyword, {}, index.folders(), index.tags(), index.languages());
+    if (parser.isSet(json)) {
+        QJsonObject object;
+        for (const ZDSearchProposalSection &section : sections) {
+            QJsonArray proposals;
+            for (const ZDSearchConstraint &constraint : section.proposals) {
+                proposals.append(
+                    QJsonObject{{QStringLiteral("kind"), constraint.constraintName()},
+                                {QStringLiteral("displayValue"), constraint.constraintDisplayValue()},
+                                {QStringLiteral("value"), constraint.constraintUnderlyingValue()},
+                                {QStringLiteral("count"), constraint.constriantTargetCount()}});
+            }
+            object.insert(section.title, proposals);
+        }
+        context.out << QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
+        return 0;
+    }
+    for (const ZDSearchProposalSection &section : sections) {
+        for (const ZDSearchConstraint &constraint : section.proposals) {
+            context.out << constraint.constraintName() << "\t" << constraint.constraintUnderlyingValue()
+                        << "\t" << constraint.displayString() << "\n";
+        }
+    }
+    return 0;
+}
