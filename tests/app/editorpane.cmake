@@ -1,0 +1,1 @@
+zd_add_test(test_app_snippet_editor QTEST SOURCES test_snippet_editor_view.cpp LIBS zdapp)
