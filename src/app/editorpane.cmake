@@ -7,3 +7,8 @@ target_sources(zdapp PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/ZDLanguageChooser.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDLanguageChooser.h)
 target_sources(zdapp PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/ZDSnippetEditorView.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSnippetEditorView.h)
+target_sources(zdapp PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/ZDPreferenceBinding.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDPreferencesWindow.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDPreferencesWindow.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDLanguagesPane.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDLanguagesPane.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDThemePreview.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDThemePreview.h)
