@@ -212,7 +212,11 @@ QWidget *ZDPreferencesWindow::createEditorPane()
         const auto theme = ZDEditorTheme::themeNamed(name);
         if (!theme)
             continue;
-        auto *item = new QListWidgetItem(QIcon(zdThemePreview(*theme, ThemePreviewSize, ratio)), name, themes);
+        // The preview keeps its own colours when selected; the name shows the selection.
+        const QPixmap preview = zdThemePreview(*theme, ThemePreviewSize, ratio);
+        QIcon icon(preview);
+        icon.addPixmap(preview, QIcon::Selected);
+        auto *item = new QListWidgetItem(icon, name, themes);
         item->setData(Qt::UserRole, name);
         item->setToolTip(theme->isDark() ? tr("%1 (dark)").arg(name) : name);
     }

@@ -123,16 +123,19 @@ void ZDSnippetEditorView::buildWidgets()
     m_parts->setMovable(true);
     m_parts->setDocumentMode(true);
     m_parts->setExpanding(false);
-    m_parts->setElideMode(Qt::ElideRight);
+    m_parts->setElideMode(Qt::ElideNone);
+    m_parts->setUsesScrollButtons(true);
     m_parts->setFocusPolicy(Qt::StrongFocus);
     m_parts->setContextMenuPolicy(Qt::CustomContextMenu);
-    barLayout->addWidget(m_parts, 1);
+    // The bar is built empty; without a floor the layout keeps the height of that moment.
+    m_parts->setMinimumHeight(m_parts->fontMetrics().height() + 14);
+    barLayout->addWidget(m_parts);
     m_addPart = new QToolButton(bar);
     m_addPart->setText(QStringLiteral("+"));
     m_addPart->setToolTip(tr("Add a fragment"));
     m_addPart->setAutoRaise(true);
     barLayout->addWidget(m_addPart);
-    barLayout->addStretch(0);
+    barLayout->addStretch(1);
     m_language = new ZDLanguageChooser(bar);
     m_language->setAutoRaise(true);
     barLayout->addWidget(m_language);
@@ -315,6 +318,7 @@ void ZDSnippetEditorView::reload()
         m_parts->setTabToolTip(i, parts.at(i)->language().displayName());
     }
     m_parts->setCurrentIndex(selected);
+    m_parts->updateGeometry();
     m_loading = false;
     showPart(selected);
     rememberShownState();
