@@ -12,7 +12,9 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -172,16 +174,25 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
 {
     bool entriesChanged = false;
     // Names the tree no longer holds go first; a name that is both removed and present again is
-    // replaced in place below, so that it never vanishes from disk in between.
-    for (const QString &name : entriesOnDisk(path)) {
-        const bool stale = name.startsWith(kTemporaryPrefix) ||
-                           (full ? node.children.count(name) == 0
-                                 : node.removed.contains(name) && node.children.count(name) == 0);
-        if (!stale)
-            continue;
+    // replaced in place below, so that it never vanishes from disk in between. Only a whole write
+    // lists the directory: an incremental one removes just what was removed, so its cost does not
+    // grow with the number of files.
+    const auto removeStale = [&](const QString &name) {
         if (!removeFromDisk(path + QLatin1Char('/') + name))
             return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), name), path));
         entriesChanged = true;
+        return true;
+    };
+    if (full) {
+        for (const QString &name : entriesOnDisk(path)) {
+            if ((name.startsWith(kTemporaryPrefix) || node.children.count(name) == 0) && !removeStale(name))
+                return false;
+        }
+    } else {
+        for (const QString &name : std::as_const(node.removed)) {
+            if (node.children.count(name) == 0 && !removeStale(name))
+                return false;
+        }
     }
 
     ZDPackageNode *identifier = nullptr;
@@ -217,32 +228,104 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
     return true;
 }
 
+ZDError readError(const QString &path)
+{
+    return ZDError(0, QStringLiteral("Cannot read the library package."), {},
+                   QString::fromLocal8Bit(std::strerror(errno)), {{QStringLiteral("Path"), path}});
+}
+
+bool readFileAt(int directoryFd, const char *name, const QString &path, QByteArray *contents, ZDError *error)
+{
+    const int fd = ::openat(directoryFd, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    struct stat info;
+    if (fd < 0 || ::fstat(fd, &info) != 0) {
+        const ZDError failure = readError(path);
+        if (fd >= 0)
+            ::close(fd);
+        return ZDError::fail(error, failure);
+    }
+    QByteArray bytes(qsizetype(info.st_size), Qt::Uninitialized);
+    qsizetype filled = 0;
+    for (;;) {
+        if (filled == bytes.size())
+            bytes.resize(bytes.size() + 4096);
+        const ssize_t got = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            const ZDError failure = readError(path);
+            ::close(fd);
+            return ZDError::fail(error, failure);
+        }
+        if (got == 0)
+            break;
+        filled += got;
+        // Files are replaced by rename, never rewritten in place, so the size read at open holds.
+        if (filled == qsizetype(info.st_size))
+            break;
+    }
+    ::close(fd);
+    bytes.truncate(filled);
+    *contents = std::move(bytes);
+    return true;
+}
+
+// Reads a directory with the system calls themselves: libraries hold one file per snippet, and
+// per-file overhead is most of the load time.
 bool readDirectory(const QString &path, ZDPackageNode &node, ZDError *error)
 {
-    const QFileInfoList entries = QDir(path).entryInfoList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo &entry : entries) {
-        if (entry.fileName().startsWith(kTemporaryPrefix) || entry.isSymLink())
+    DIR *directory = ::opendir(QFile::encodeName(path).constData());
+    if (!directory)
+        return ZDError::fail(error, readError(path));
+    const int directoryFd = ::dirfd(directory);
+    struct Entry
+    {
+        QByteArray rawName;
+        QString name;
+        bool isDirectory;
+    };
+    std::vector<Entry> entries;
+    bool ok = true;
+    for (;;) {
+        errno = 0;
+        const dirent *entry = ::readdir(directory);
+        if (!entry) {
+            if (errno != 0)
+                ok = ZDError::fail(error, readError(path));
+            break;
+        }
+        const char *rawName = entry->d_name;
+        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0)
             continue;
+        const QString name = QFile::decodeName(rawName);
+        if (name.startsWith(kTemporaryPrefix))
+            continue;
+        unsigned char type = entry->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat info;
+            if (::fstatat(directoryFd, rawName, &info, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
+        }
+        if (type == DT_DIR || type == DT_REG) // links and special files are not part of a package
+            entries.push_back({QByteArray(rawName), name, type == DT_DIR});
+    }
+
+    for (size_t index = 0; ok && index < entries.size(); ++index) {
         auto child = std::make_unique<ZDPackageNode>();
         child->changed = child->subtreeChanged = false;
-        if (entry.isDir()) {
+        const QString childPath = path + QLatin1Char('/') + entries[index].name;
+        if (entries[index].isDirectory) {
             child->directory = true;
-            if (!readDirectory(entry.filePath(), *child, error))
-                return false;
-        } else if (entry.isFile()) {
-            QFile file(entry.filePath());
-            if (!file.open(QIODevice::ReadOnly))
-                return ZDError::fail(error, ZDError(0, QStringLiteral("Cannot read the library package."), {},
-                                                    file.errorString(),
-                                                    {{QStringLiteral("Path"), entry.filePath()}}));
-            child->contents = file.readAll();
+            ok = readDirectory(childPath, *child, error);
         } else {
-            continue;
+            ok = readFileAt(directoryFd, entries[index].rawName.constData(), childPath, &child->contents, error);
         }
-        node.children.emplace(entry.fileName(), std::move(child));
+        if (ok)
+            node.children.emplace(entries[index].name, std::move(child));
     }
-    return true;
+    ::closedir(directory);
+    return ok;
 }
 
 void appendAllData(const ZDPackageNode &node, QByteArray &out)
