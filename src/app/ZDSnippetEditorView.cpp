@@ -32,11 +32,11 @@ ZDSnippetPtr snapshotOf(const ZDSnippet &snippet)
 {
     QList<ZDSnippetPartPtr> parts;
     for (const ZDSnippetPartPtr &part : snippet.parts())
-        parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(), part->note(),
-                                                     part->content(), part->dateCreated(), part->dateModified(),
-                                                     part->snippetUUID()));
-    return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(), snippet.tagUUIDs(),
-                                       snippet.gistIdentifier(), snippet.githubUsername(),
+        parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(),
+                                                     part->note(), part->content(), part->dateCreated(),
+                                                     part->dateModified(), part->snippetUUID()));
+    return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(),
+                                       snippet.tagUUIDs(), snippet.gistIdentifier(), snippet.githubUsername(),
                                        snippet.githubHTMLURL(), parts, snippet.dateCreated(),
                                        snippet.dateModified());
 }
@@ -48,7 +48,8 @@ bool listContains(const ZDSnippetList &snippets, const ZDSnippetPtr &snippet)
 }
 } // namespace
 
-ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter *highlighter, QWidget *parent)
+ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter *highlighter,
+                                         QWidget *parent)
     : QWidget(parent), m_center(dataCenter), m_highlighter(highlighter),
       m_defaults(ZDUserDefaults::standardUserDefaults()), m_editing(dataCenter, this)
 {
@@ -203,7 +204,8 @@ void ZDSnippetEditorView::buildWidgets()
         selectPart(index);
         QMenu menu(this);
         menu.addAction(tr("Rename Fragment…"), this, &ZDSnippetEditorView::renameCurrentPartInteractively);
-        QAction *remove = menu.addAction(tr("Remove Fragment"), this, &ZDSnippetEditorView::removeCurrentPart);
+        QAction *remove =
+            menu.addAction(tr("Remove Fragment"), this, &ZDSnippetEditorView::removeCurrentPart);
         remove->setEnabled(m_snippet && m_snippet->partsCount() > 1);
         menu.exec(m_parts->mapToGlobal(point));
     });

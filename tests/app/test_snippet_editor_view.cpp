@@ -12,8 +12,8 @@
 #include "ZDTag.h"
 #include "ZDTagTokenField.h"
 #include "ZDTestSupport.h"
-#include "ZDWriteTimer.h"
 #include "ZDUserDefaults.h"
+#include "ZDWriteTimer.h"
 
 #include <QLineEdit>
 #include <QListWidget>
@@ -74,7 +74,8 @@ class TestSnippetEditorView : public QObject
     void deliverNotices()
     {
         ZDMulticastDelegateHandler::globalHandler().noteApplicationInitialized(nullptr);
-        QVERIFY(ZDTestSupport::waitFor([&] { return m_recorder.notices.contains(QStringLiteral("marker")); }));
+        QVERIFY(
+            ZDTestSupport::waitFor([&] { return m_recorder.notices.contains(QStringLiteral("marker")); }));
         m_recorder.notices.removeAll(QStringLiteral("marker"));
         QTest::qWait(20);
     }
@@ -124,7 +125,8 @@ private Q_SLOTS:
         m_view->tagsField()->lineEdit()->setText(QStringLiteral("Caf\u00e9"));
         QTest::keyClicks(m_view->tagsField()->lineEdit(), QStringLiteral(",shell"));
         QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Return);
-        QCOMPARE(m_view->tagsField()->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
+        QCOMPARE(m_view->tagsField()->tagNames(),
+                 (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
         QCOMPARE(m_center->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
         QCOMPARE(m_snippet->tagsCount(), 2);
         QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Backspace); // removes the last token
@@ -133,8 +135,8 @@ private Q_SLOTS:
         m_view->addPart();
         m_view->renamePart(1, QStringLiteral("setup.py"));
         m_view->addPart();
-        QCOMPARE(partTitles(*m_snippet),
-                 (QStringList{QStringLiteral("Fragment"), QStringLiteral("setup.py"), QStringLiteral("Fragment 2")}));
+        QCOMPARE(partTitles(*m_snippet), (QStringList{QStringLiteral("Fragment"), QStringLiteral("setup.py"),
+                                                      QStringLiteral("Fragment 2")}));
         m_view->partBar()->moveTab(2, 0);
         QCOMPARE(partTitles(*m_snippet).constFirst(), QStringLiteral("Fragment 2"));
         m_view->removePartAt(0);
@@ -143,7 +145,8 @@ private Q_SLOTS:
         m_view->removePartAt(0); // the last part stays
         QCOMPARE(partTitles(*m_snippet), QStringList{QStringLiteral("setup.py")});
 
-        const ZDLanguage python = ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer"));
+        const ZDLanguage python =
+            ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer"));
         Q_EMIT m_view->languageChooser()->languageChosen(python);
         QCOMPARE(m_snippet->parts().constFirst()->language(), python);
         QCOMPARE(m_view->codeView()->currentLexer(), QStringLiteral("PythonLexer"));
@@ -158,7 +161,8 @@ private Q_SLOTS:
         m_view->commitPendingText();
         deliverNotices();
         QCOMPARE(m_recorder.notices.count(QStringLiteral("content")), before + 1);
-        for (const QString &kind : {QStringLiteral("title"), QStringLiteral("tags"), QStringLiteral("language")})
+        for (const QString &kind :
+             {QStringLiteral("title"), QStringLiteral("tags"), QStringLiteral("language")})
             QVERIFY2(m_recorder.notices.contains(kind), qPrintable(kind));
         QVERIFY(std::all_of(m_recorder.senders.cbegin(), m_recorder.senders.cend(),
                             [&](QObject *sender) { return sender == m_view.get(); }));
@@ -242,7 +246,9 @@ private Q_SLOTS:
         QCOMPARE(shown.constFirst().identifier(), QStringLiteral("PythonLexer"));
         QVERIFY(std::all_of(shown.cbegin(), shown.cend(), [](const ZDLanguage &language) {
             return language.displayName().contains(QStringLiteral("py"), Qt::CaseInsensitive) ||
-                   language.aliases().join(QLatin1Char(' ')).contains(QStringLiteral("py"), Qt::CaseInsensitive);
+                   language.aliases()
+                       .join(QLatin1Char(' '))
+                       .contains(QStringLiteral("py"), Qt::CaseInsensitive);
         }));
         QTest::keyClick(popup->searchField(), Qt::Key_Down);
         QTest::keyClick(popup->searchField(), Qt::Key_Down);
