@@ -11,6 +11,7 @@
 #include "ZDTagTokenField.h"
 #include "ZDUserDefaults.h"
 
+#include <QAction>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
@@ -54,6 +55,7 @@ ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter
       m_defaults(ZDUserDefaults::standardUserDefaults()), m_editing(dataCenter, this)
 {
     buildWidgets();
+    createActions();
     m_commitTimer = new QTimer(this);
     m_commitTimer->setSingleShot(true);
     m_commitTimer->setInterval(TextCommitDelayMs);
@@ -203,10 +205,10 @@ void ZDSnippetEditorView::buildWidgets()
             return;
         selectPart(index);
         QMenu menu(this);
-        menu.addAction(tr("Rename Fragment…"), this, &ZDSnippetEditorView::renameCurrentPartInteractively);
-        QAction *remove =
-            menu.addAction(tr("Remove Fragment"), this, &ZDSnippetEditorView::removeCurrentPart);
-        remove->setEnabled(m_snippet && m_snippet->partsCount() > 1);
+        menu.addAction(partAction(QStringLiteral("renamePart")));
+        menu.addAction(partAction(QStringLiteral("removePart")));
+        menu.addSeparator();
+        menu.addAction(partAction(QStringLiteral("addPart")));
         menu.exec(m_parts->mapToGlobal(point));
     });
     connect(m_addPart, &QToolButton::clicked, this, &ZDSnippetEditorView::addPart);
@@ -237,6 +239,37 @@ void ZDSnippetEditorView::buildWidgets()
         rememberShownState();
         scheduleCommit();
     });
+}
+
+void ZDSnippetEditorView::createActions()
+{
+    const auto add = [this](const char *identifier, const QString &title, const QKeySequence &shortcut,
+                            std::function<void()> handler) {
+        auto *action = new QAction(title, this);
+        action->setObjectName(QString::fromLatin1(identifier));
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, std::move(handler));
+        addAction(action);
+        m_actions.insert(QString::fromLatin1(identifier), action);
+    };
+    add("addPart", tr("New Fragment"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N), [this] { addPart(); });
+    add("removePart", tr("Remove Fragment"), {}, [this] { removeCurrentPart(); });
+    add("renamePart", tr("Rename Fragment…"), QKeySequence(Qt::Key_F2), [this] { renameCurrentPartInteractively(); });
+    add("nextPart", tr("Next Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageDown),
+        [this] { selectPart((currentPartIndex() + 1) % std::max(1, int(m_parts->count()))); });
+    add("previousPart", tr("Previous Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageUp), [this] {
+        const int count = std::max(1, int(m_parts->count()));
+        selectPart((currentPartIndex() + count - 1) % count);
+    });
+}
+
+void ZDSnippetEditorView::updateActions()
+{
+    const bool hasSnippet = bool(m_snippet);
+    for (QAction *action : std::as_const(m_actions))
+        action->setEnabled(hasSnippet);
+    m_actions.value(QStringLiteral("removePart"))->setEnabled(hasSnippet && m_snippet->partsCount() > 1);
 }
 
 // Showing a snippet -----------------------------------------------------------------------------
@@ -293,6 +326,7 @@ bool ZDSnippetEditorView::selectPartWithUUID(const QString &UUID)
 void ZDSnippetEditorView::reload()
 {
     m_titleDirty = false;
+    updateActions();
     if (!m_snippet) {
         m_shown.reset();
         m_stack->setCurrentWidget(m_emptyLabel);

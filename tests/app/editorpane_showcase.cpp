@@ -1,7 +1,7 @@
 // Shows the snippet editor pane (or the preferences window) on a sample snippet with a Python
 // and a Markdown part, for looking at the highlighting in a theme. Not a test: run it by hand,
 // e.g. under Xvfb to take screenshots.
-//   editorpane_showcase THEME python|markdown|preferences [SECONDS]
+//   editorpane_showcase THEME python|markdown|empty|preferences[0-3] [SECONDS]
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
 #include "ZDEditorTheme.h"
@@ -135,15 +135,17 @@ int main(int argc, char *argv[])
     center.addSnippet(snippet);
 
     std::unique_ptr<QWidget> window;
-    if (show == QLatin1String("preferences")) {
+    if (show.startsWith(QLatin1String("preferences"))) {
+        // "preferences" shows the Editor pane, "preferences0" to "preferences3" a pane by number.
         auto *preferences = new ZDPreferencesWindow(&services.defaults());
-        preferences->showPane(ZDPreferencesWindow::EditorPane);
+        const int pane = show.mid(11).isEmpty() ? int(ZDPreferencesWindow::EditorPane) : show.mid(11).toInt();
+        preferences->showPane(ZDPreferencesWindow::Pane(pane));
         preferences->resize(660, 640);
         window.reset(preferences);
     } else {
         auto *editor = new ZDSnippetEditorView(&center, &highlighter);
         editor->setWindowTitle(QStringLiteral("Zandrio – snippet editor"));
-        editor->setSnippet(snippet);
+        editor->setSnippet(show == QLatin1String("empty") ? nullptr : snippet);
         editor->selectPart(show == QLatin1String("markdown") ? 1 : 0);
         editor->resize(900, 720);
         window.reset(editor);
