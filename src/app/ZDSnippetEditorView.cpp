@@ -255,7 +255,8 @@ void ZDSnippetEditorView::createActions()
     };
     add("addPart", tr("New Fragment"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N), [this] { addPart(); });
     add("removePart", tr("Remove Fragment"), {}, [this] { removeCurrentPart(); });
-    add("renamePart", tr("Rename Fragment…"), QKeySequence(Qt::Key_F2), [this] { renameCurrentPartInteractively(); });
+    add("renamePart", tr("Rename Fragment…"), QKeySequence(Qt::Key_F2),
+        [this] { renameCurrentPartInteractively(); });
     add("nextPart", tr("Next Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageDown),
         [this] { selectPart((currentPartIndex() + 1) % std::max(1, int(m_parts->count()))); });
     add("previousPart", tr("Previous Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageUp), [this] {
@@ -276,6 +277,11 @@ void ZDSnippetEditorView::updateActions()
 
 void ZDSnippetEditorView::setSnippet(ZDSnippetPtr snippet)
 {
+    // Selecting the shown snippet again (a list reloading its rows) keeps the editing state.
+    if (snippet && m_snippet && snippet->isEqual(m_snippet.get())) {
+        reconsider(snippet);
+        return;
+    }
     commitPendingText();
     m_snippet = std::move(snippet);
     m_shownPartUUID.clear();

@@ -47,7 +47,8 @@ public:
     ~ZDSnippetEditorView() override;
 
     /// Shows a snippet (its first part); null shows the empty state. Text typed into the
-    /// previous snippet is saved first.
+    /// previous snippet is saved first. The shown snippet set again is treated like a notice
+    /// about it: reloaded only when it changed.
     void setSnippet(ZDSnippetPtr snippet);
     ZDSnippetPtr snippet() const { return m_snippet; }
 

@@ -204,6 +204,10 @@ private Q_SLOTS:
         QCOMPARE(code->selectedRange().location, 9);
         QVERIFY(code->document()->isUndoAvailable());
         QCOMPARE(m_view->snippet(), copy); // edits go to the object the store holds now
+        m_view->setSnippet(m_snippet);     // selected again
+        QCOMPARE(code->selectedRange().location, 9);
+        QCOMPARE(m_view->snippet(), m_snippet);
+        m_view->setSnippet(copy);
 
         // Changed elsewhere: the pane shows the new state.
         copy->parts().constFirst()->setContent(QStringLiteral("rewritten"));
