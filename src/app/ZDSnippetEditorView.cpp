@@ -528,9 +528,13 @@ void ZDSnippetEditorView::reconsider(const ZDSnippetPtr &announced)
 {
     if (!m_snippet || !announced || !announced->isEqual(m_snippet.get()))
         return;
-    // The store may have put another object in place of the shown one.
-    if (announced != m_snippet)
-        m_snippet = announced;
+    // The store may have put another object in place of the shown one; notices can arrive out
+    // of order, so the store says which object is current.
+    if (announced != m_snippet) {
+        const ZDSnippetPtr current = m_center ? m_center->snippetWithUUID(announced->UUID()) : announced;
+        if (current)
+            m_snippet = current;
+    }
     if (m_shown && m_snippet->isIdentical(m_shown.get()))
         return;
     m_titleDirty = m_textDirty = false;
