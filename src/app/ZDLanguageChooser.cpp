@@ -168,7 +168,6 @@ bool ZDLanguagePopup::eventFilter(QObject *watched, QEvent *event)
 ZDLanguageChooser::ZDLanguageChooser(QWidget *parent) : QToolButton(parent)
 {
     setToolButtonStyle(Qt::ToolButtonTextOnly);
-    setPopupMode(QToolButton::InstantPopup);
     setToolTip(tr("Language of this fragment"));
     setFocusPolicy(Qt::StrongFocus);
     connect(this, &QToolButton::clicked, this, [this] { showPopup(); });
@@ -188,10 +187,12 @@ ZDLanguagePopup *ZDLanguageChooser::showPopup()
         setLanguage(language);
         Q_EMIT languageChosen(language);
     });
-    QPoint position = mapToGlobal(QPoint(0, height()));
+    // Right-aligned under the button, which sits at the right end of the part bar.
+    QPoint position = mapToGlobal(QPoint(width() - popup->width(), height()));
     if (const QScreen *screen = this->screen()) {
         const QRect area = screen->availableGeometry();
-        position.setX(std::min(position.x(), area.right() - popup->width()));
+        position.setX(
+            std::clamp(position.x(), area.left(), std::max(area.left(), area.right() - popup->width())));
         if (position.y() + popup->height() > area.bottom())
             position.setY(mapToGlobal(QPoint(0, 0)).y() - popup->height());
     }

@@ -1,11 +1,12 @@
 // Shows the snippet editor pane (or the preferences window) on a sample snippet with a Python
 // and a Markdown part, for looking at the highlighting in a theme. Not a test: run it by hand,
 // e.g. under Xvfb to take screenshots.
-//   editorpane_showcase THEME python|markdown|empty|preferences[0-3] [SECONDS]
+//   editorpane_showcase THEME python|markdown|chooser|empty|preferences[0-3] [SECONDS]
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
 #include "ZDEditorTheme.h"
 #include "ZDHighlighter.h"
+#include "ZDLanguageChooser.h"
 #include "ZDLanguageRegistry.h"
 #include "ZDPreferencesWindow.h"
 #include "ZDSnippet.h"
@@ -17,6 +18,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLineEdit>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -147,6 +149,12 @@ int main(int argc, char *argv[])
         editor->setWindowTitle(QStringLiteral("Zandrio – snippet editor"));
         editor->setSnippet(show == QLatin1String("empty") ? nullptr : snippet);
         editor->selectPart(show == QLatin1String("markdown") ? 1 : 0);
+        if (show == QLatin1String("chooser")) // the language chooser opened, "py" typed
+            QTimer::singleShot(800, editor, [editor] {
+                editor->languageChooser()->click();
+                if (auto *popup = editor->languageChooser()->findChild<ZDLanguagePopup *>())
+                    popup->searchField()->setText(QStringLiteral("py"));
+            });
         editor->resize(900, 720);
         window.reset(editor);
     }
