@@ -291,6 +291,33 @@ void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
 std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment,
                                                     ZDTermPlacement placement) const
 {
+    std::lock_guard lock(m_mutex);
+    return unlockedTermIdsContaining(fragment, placement);
+}
+
+qint64 ZDFullTextIndex::postingCount(const std::vector<int> &termIds) const
+{
+    std::lock_guard lock(m_mutex);
+    qint64 count = 0;
+    for (int id : termIds)
+        count += qint64(m_postings[size_t(id)].size());
+    return count;
+}
+
+std::vector<bool> ZDFullTextIndex::documentsWithTerms(const std::vector<int> &termIds) const
+{
+    std::lock_guard lock(m_mutex);
+    std::vector<bool> documents(size_t(m_maximumID + 1), false);
+    for (int id : termIds) {
+        for (quint32 document : m_postings[size_t(id)])
+            documents[document] = true;
+    }
+    return documents;
+}
+
+std::vector<int> ZDFullTextIndex::unlockedTermIdsContaining(const QByteArray &fragment,
+                                                            ZDTermPlacement placement) const
+{
     std::vector<int> ids;
     if (fragment.isEmpty())
         return ids;
@@ -333,7 +360,7 @@ QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, Z
                                                    int limit) const
 {
     std::lock_guard lock(m_mutex);
-    std::vector<int> ids = termIdsContaining(fragment, placement);
+    std::vector<int> ids = unlockedTermIdsContaining(fragment, placement);
     // Terms that no document holds any more are left out.
     std::erase_if(ids, [this](int id) { return m_postings[size_t(id)].empty(); });
     QList<QByteArray> terms;
@@ -351,10 +378,5 @@ std::vector<bool> ZDFullTextIndex::documentsWithTermsContaining(const QByteArray
                                                                 ZDTermPlacement placement) const
 {
     std::lock_guard lock(m_mutex);
-    std::vector<bool> documents(size_t(m_maximumID + 1), false);
-    for (int id : termIdsContaining(fragment, placement)) {
-        for (quint32 document : m_postings[size_t(id)])
-            documents[document] = true;
-    }
-    return documents;
+    return documentsWithTerms(unlockedTermIdsContaining(fragment, placement));
 }
