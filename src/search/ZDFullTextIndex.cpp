@@ -361,16 +361,21 @@ QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, Z
 {
     std::lock_guard lock(m_mutex);
     std::vector<int> ids = unlockedTermIdsContaining(fragment, placement);
-    // Terms that no document holds any more are left out.
+    // Terms that no document holds any more are left out; when there are too many, the
+    // shortest (the closest to the fragment) are kept.
     std::erase_if(ids, [this](int id) { return m_postings[size_t(id)].empty(); });
+    auto length = [this](int id) {
+        const size_t next = size_t(id) + 1;
+        return (next < m_termStarts.size() ? m_termStarts[next] - 1 : int(m_vocabulary.size())) -
+               m_termStarts[size_t(id)];
+    };
+    if (limit >= 0 && ids.size() > size_t(limit)) {
+        std::stable_sort(ids.begin(), ids.end(), [&](int a, int b) { return length(a) < length(b); });
+        ids.resize(size_t(limit));
+    }
     QList<QByteArray> terms;
     for (int id : ids)
         terms.append(termWithId(id));
-    if (limit >= 0 && terms.size() > limit) {
-        std::stable_sort(terms.begin(), terms.end(),
-                         [](const QByteArray &a, const QByteArray &b) { return a.size() < b.size(); });
-        terms.resize(limit);
-    }
     return terms;
 }
 
