@@ -291,6 +291,33 @@ void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
 std::vector<int> ZDFullTextIndex::termIdsContaining(const QByteArray &fragment,
                                                     ZDTermPlacement placement) const
 {
+    std::lock_guard lock(m_mutex);
+    return unlockedTermIdsContaining(fragment, placement);
+}
+
+qint64 ZDFullTextIndex::postingCount(const std::vector<int> &termIds) const
+{
+    std::lock_guard lock(m_mutex);
+    qint64 count = 0;
+    for (int id : termIds)
+        count += qint64(m_postings[size_t(id)].size());
+    return count;
+}
+
+std::vector<bool> ZDFullTextIndex::documentsWithTerms(const std::vector<int> &termIds) const
+{
+    std::lock_guard lock(m_mutex);
+    std::vector<bool> documents(size_t(m_maximumID + 1), false);
+    for (int id : termIds) {
+        for (quint32 document : m_postings[size_t(id)])
+            documents[document] = true;
+    }
+    return documents;
+}
+
+std::vector<int> ZDFullTextIndex::unlockedTermIdsContaining(const QByteArray &fragment,
+                                                            ZDTermPlacement placement) const
+{
     std::vector<int> ids;
     if (fragment.isEmpty())
         return ids;
@@ -333,17 +360,22 @@ QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, Z
                                                    int limit) const
 {
     std::lock_guard lock(m_mutex);
-    std::vector<int> ids = termIdsContaining(fragment, placement);
-    // Terms that no document holds any more are left out.
+    std::vector<int> ids = unlockedTermIdsContaining(fragment, placement);
+    // Terms that no document holds any more are left out; when there are too many, the
+    // shortest (the closest to the fragment) are kept.
     std::erase_if(ids, [this](int id) { return m_postings[size_t(id)].empty(); });
+    auto length = [this](int id) {
+        const size_t next = size_t(id) + 1;
+        return (next < m_termStarts.size() ? m_termStarts[next] - 1 : int(m_vocabulary.size())) -
+               m_termStarts[size_t(id)];
+    };
+    if (limit >= 0 && ids.size() > size_t(limit)) {
+        std::stable_sort(ids.begin(), ids.end(), [&](int a, int b) { return length(a) < length(b); });
+        ids.resize(size_t(limit));
+    }
     QList<QByteArray> terms;
     for (int id : ids)
         terms.append(termWithId(id));
-    if (limit >= 0 && terms.size() > limit) {
-        std::stable_sort(terms.begin(), terms.end(),
-                         [](const QByteArray &a, const QByteArray &b) { return a.size() < b.size(); });
-        terms.resize(limit);
-    }
     return terms;
 }
 
@@ -351,10 +383,5 @@ std::vector<bool> ZDFullTextIndex::documentsWithTermsContaining(const QByteArray
                                                                 ZDTermPlacement placement) const
 {
     std::lock_guard lock(m_mutex);
-    std::vector<bool> documents(size_t(m_maximumID + 1), false);
-    for (int id : termIdsContaining(fragment, placement)) {
-        for (quint32 document : m_postings[size_t(id)])
-            documents[document] = true;
-    }
-    return documents;
+    return documentsWithTerms(unlockedTermIdsContaining(fragment, placement));
 }

@@ -78,6 +78,11 @@ public:
     /// by document number.
     std::vector<bool> documentsWithTermsContaining(const QByteArray &fragment,
                                                    ZDTermPlacement placement) const;
+    /// The same in two steps: the numbers of the terms holding `fragment`, how many document
+    /// entries they have between them (the cost of the second step), and their documents.
+    std::vector<int> termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
+    qint64 postingCount(const std::vector<int> &termIds) const;
+    std::vector<bool> documentsWithTerms(const std::vector<int> &termIds) const;
 
     /// Called by the tokenizer for every term of a document being written (lock held).
     void noteIndexedTerm(const char *term, int length);
@@ -88,7 +93,7 @@ private:
     bool insertRow(qint64 rowid, const QString &text);
     bool deleteRow(qint64 rowid, const QString &text);
     void beginIfNeeded();
-    std::vector<int> termIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
+    std::vector<int> unlockedTermIdsContaining(const QByteArray &fragment, ZDTermPlacement placement) const;
     QByteArray termWithId(int id) const;
 
     QString m_name;

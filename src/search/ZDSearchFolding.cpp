@@ -27,9 +27,8 @@ QString folded(QStringView text, bool caseInsensitive)
 }
 
 Needle::Needle(const QString &word, bool caseInsensitive)
-    : m_folded(ZDTextFolding::folded(word, caseInsensitive, true))
-    , m_caseInsensitive(caseInsensitive)
-    , m_matcher(m_folded, caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
+    : m_folded(ZDTextFolding::folded(word, caseInsensitive, true)), m_caseInsensitive(caseInsensitive),
+      m_matcher(m_folded, caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive)
 {
 }
 

@@ -54,6 +54,11 @@ struct WordFilter
     bool pruned = false;          // `candidates` holds every indexed snippet that may match
     bool decisive = false;        // ... and every one of them does match
     std::vector<bool> candidates; // by document number
+    // What the index knows of the word: for each of its runs of letters and digits, the terms
+    // that may hold it; and whether the word is one such run.
+    std::vector<std::vector<int>> runTerms;
+    bool singleTerm = false;
+    qint64 cost = 0;
 };
 
 void intersect(std::vector<bool> &into, const std::vector<bool> &other)
@@ -62,37 +67,45 @@ void intersect(std::vector<bool> &into, const std::vector<bool> &other)
         into[i] = into[i] && i < other.size() && other[i];
 }
 
-/// The documents that may contain `folded`. A word of letters and digits alone can only occur
+/// Finds what the index can say of a word. A word of letters and digits alone can only occur
 /// inside one term of a text, so the documents with a term holding it are exactly its matches;
 /// for any other word, each run of letters and digits in it must sit in some term of the text,
 /// at the start or end of that term or as the whole of it when the word has other characters
 /// around the run.
-void prune(WordFilter &filter, const QString &folded, const ZDFullTextIndex &index, bool matchesCase)
+void plan(WordFilter &filter, const QString &folded, const ZDFullTextIndex &index)
 {
     if (ZDFoldingTokenizer::isSingleTerm(folded)) {
-        filter.candidates = index.documentsWithTermsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere);
-        filter.pruned = true;
-        filter.decisive = !matchesCase;
-        return;
+        filter.singleTerm = true;
+        filter.runTerms.push_back(index.termIdsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere));
+    } else {
+        QList<Run> runs = runsOf(folded);
+        // The most telling runs: whole terms first, then the longest.
+        std::stable_sort(runs.begin(), runs.end(), [](const Run &a, const Run &b) {
+            const int rankA = (a.boundedBefore ? 1 : 0) + (a.boundedAfter ? 1 : 0);
+            const int rankB = (b.boundedBefore ? 1 : 0) + (b.boundedAfter ? 1 : 0);
+            return rankA != rankB ? rankA > rankB : a.text.size() > b.text.size();
+        });
+        if (runs.size() > 3)
+            runs.resize(3);
+        for (const Run &run : std::as_const(runs))
+            filter.runTerms.push_back(index.termIdsContaining(run.text.toUtf8(), placementOf(run)));
     }
-    QList<Run> runs = runsOf(folded);
-    // The most telling runs: whole terms first, then the longest.
-    std::stable_sort(runs.begin(), runs.end(), [](const Run &a, const Run &b) {
-        const int rankA = (a.boundedBefore ? 1 : 0) + (a.boundedAfter ? 1 : 0);
-        const int rankB = (b.boundedBefore ? 1 : 0) + (b.boundedAfter ? 1 : 0);
-        return rankA != rankB ? rankA > rankB : a.text.size() > b.text.size();
-    });
-    if (runs.size() > 3)
-        runs.resize(3);
-    for (const Run &run : std::as_const(runs)) {
-        const std::vector<bool> documents =
-            index.documentsWithTermsContaining(run.text.toUtf8(), placementOf(run));
+    for (const std::vector<int> &terms : filter.runTerms)
+        filter.cost += index.postingCount(terms);
+}
+
+/// Narrows the word's candidates to the documents the index names.
+void prune(WordFilter &filter, const ZDFullTextIndex &index, bool matchesCase)
+{
+    for (const std::vector<int> &terms : filter.runTerms) {
+        const std::vector<bool> documents = index.documentsWithTerms(terms);
         if (!filter.pruned)
             filter.candidates = documents;
         else
             intersect(filter.candidates, documents);
         filter.pruned = true;
     }
+    filter.decisive = filter.pruned && filter.singleTerm && !matchesCase;
 }
 
 /// Whether the snippet's title, or full text, holds the word. The pieces of a full text are
@@ -159,11 +172,28 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
     std::vector<WordFilter> filters;
     for (const QString &word : words) {
         WordFilter filter;
-        const QString folded = ZDTextFolding::folded(word);
         filter.needle = std::make_shared<ZDSearchFolding::Needle>(word, !matchesCase);
         if (indexes)
-            prune(filter, folded, indexes->index(fullText), matchesCase);
+            plan(filter, ZDTextFolding::folded(word), indexes->index(fullText));
         filters.push_back(std::move(filter));
+    }
+    if (indexes) {
+        // The cheapest word first. Once few candidates are left, testing them directly beats
+        // gathering the documents of a common word.
+        std::stable_sort(filters.begin(), filters.end(),
+                         [](const WordFilter &a, const WordFilter &b) { return a.cost < b.cost; });
+        constexpr qint64 entriesPerDirectTest = 2000;
+        qint64 candidates = -1;
+        for (WordFilter &filter : filters) {
+            if (filter.runTerms.empty() ||
+                (candidates >= 0 && filter.cost > candidates * entriesPerDirectTest))
+                continue;
+            prune(filter, indexes->index(fullText), matchesCase);
+            candidates = qint64(std::count(filter.candidates.begin(), filter.candidates.end(), true));
+        }
+        // Words the index answers come first, so that most snippets never need a direct test.
+        std::stable_partition(filters.begin(), filters.end(),
+                              [](const WordFilter &filter) { return filter.pruned; });
     }
     std::vector<qint64> ids = indexes ? documentIDsByPosition(snippets, *indexes, fullText)
                                       : std::vector<qint64>(size_t(snippets.size()), 0);

@@ -156,8 +156,8 @@ TEST_F(CoreIndexTest, NoticesAdjustCountsInPlaceOrMarkKindsDirty)
 
     notifier.noteFoldersRemoved({parent}, nullptr); // with its subfolder
     notifier.noteSnippetsLanguageChanged({added}, nullptr);
-    ASSERT_TRUE(ZDTestSupport::waitFor([&] { return index->isTimerRunning(); }));
-    EXPECT_EQ(index->folders().size(), 2);
+    EXPECT_TRUE(
+        ZDTestSupport::waitFor([&] { return index->isTimerRunning() && index->folders().size() == 2; }));
 }
 
 TEST_F(CoreIndexTest, ALibrarySwitchRecountsOnlyAValidLibraryAndActiveLanguagesRecountLanguages)
