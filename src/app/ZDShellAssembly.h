@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+
+class ZDDataCenter;
+class ZDHighlighter;
+class ZDMainWindow;
+class ZDMulticastDelegateHandler;
+class ZDUserDefaults;
+
+/// Puts the program together as its parts arrive: the library store, the highlighter, the
+/// snippet editor, the search field and the preferences window. The library-changed and
+/// initialised notices are posted once the store is installed, so every listener (search
+/// indexes, counts, windows) loads from it.
+class ZDShellAssembly : public QObject
+{
+    Q_OBJECT
+public:
+    ZDShellAssembly(ZDMainWindow &window, ZDUserDefaults &defaults, ZDMulticastDelegateHandler &notifier);
+    ~ZDShellAssembly() override;
+
+    void setDataCenter(ZDDataCenter *center);
+    void setHighlighter(ZDHighlighter *highlighter);
+    /// Arguments of this start or of a later one: "zandrio://snippet/<UUID>" shows that snippet.
+    void handleArguments(const QStringList &arguments);
+    /// Drops every window part that uses the store, before the store goes.
+    void shutDown();
+
+private:
+    void assembleEditor();
+    void showPreferences();
+
+    ZDMainWindow &m_window;
+    ZDUserDefaults &m_defaults;
+    ZDMulticastDelegateHandler &m_notifier;
+    ZDDataCenter *m_center = nullptr;
+    ZDHighlighter *m_highlighter = nullptr;
+    QStringList m_pendingArguments;
+    QPointer<QWidget> m_preferences;
+};
