@@ -1,12 +1,24 @@
 #include "ZDPackageFormat.h"
 
-#include "ZDPlainArchive.h"
+#include "ZDKeyedArchive.h"
+#include "ZDRecordArchive.h"
 
 #include <QFile>
 #include <QUuid>
 
 #include <cstdlib>
 #include <plist/plist.h>
+
+namespace {
+// The root object of a keyed archive; invalid when the bytes are none.
+QVariant unarchived(const QByteArray &bytes)
+{
+    QVariant value;
+    if (bytes.isEmpty() || !ZDKeyedArchive::unarchive(bytes, &value))
+        return {};
+    return value;
+}
+} // namespace
 
 QString ZDPackageLayout::snippetFilePath(const QString &snippetUUID)
 {
@@ -30,12 +42,12 @@ bool ZDDatabaseVersion::isNewerThanCurrent(const QString &packageVersion)
 
 QByteArray ZDPackageFormat::encodeVersion(const QString &version)
 {
-    return ZDPlainArchive::archive(QVariantMap{{ZDPackageLayout::versionKey, version}});
+    return ZDKeyedArchive::archivedData(QVariantMap{{ZDPackageLayout::versionKey, version}});
 }
 
 bool ZDPackageFormat::decodeVersion(const QByteArray &bytes, QString *version, QVariant *dictionary)
 {
-    const QVariant value = ZDPlainArchive::unarchive(bytes);
+    const QVariant value = unarchived(bytes);
     if (dictionary)
         *dictionary = value;
     if (value.typeId() != QMetaType::QVariantMap)
@@ -64,12 +76,12 @@ QString ZDPackageFormat::makeWriteStamp()
 
 QByteArray ZDPackageFormat::encodeWriteStamp(const QString &stamp)
 {
-    return ZDPlainArchive::archive(stamp);
+    return ZDKeyedArchive::archivedData(stamp);
 }
 
 QString ZDPackageFormat::decodeWriteStamp(const QByteArray &bytes)
 {
-    const QVariant value = ZDPlainArchive::unarchive(bytes);
+    const QVariant value = unarchived(bytes);
     return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
@@ -87,7 +99,7 @@ QByteArray ZDPackageFormat::encodeRecordList(const QList<QByteArray> &records)
     blobs.reserve(records.size());
     for (const QByteArray &record : records)
         blobs << record;
-    return ZDPlainArchive::archive(blobs);
+    return ZDKeyedArchive::archivedData(blobs);
 }
 
 // A bare binary property-list array of data elements.
@@ -117,7 +129,7 @@ bool ZDPackageFormat::decodeRecordList(const QByteArray &bytes, QList<QByteArray
     records->clear();
     if (bytes.isEmpty())
         return true;
-    const QVariant value = ZDPlainArchive::unarchive(bytes);
+    const QVariant value = unarchived(bytes);
     if (value.typeId() == QMetaType::QVariantList) {
         for (const QVariant &element : value.toList()) {
             if (element.typeId() == QMetaType::QByteArray)
@@ -130,13 +142,13 @@ bool ZDPackageFormat::decodeRecordList(const QByteArray &bytes, QList<QByteArray
 
 QByteArray ZDPackageFormat::encodeDeletionList(const QStringList &uuids)
 {
-    return ZDPlainArchive::archive(QVariant(uuids).toList());
+    return ZDKeyedArchive::archivedData(QVariant(uuids).toList());
 }
 
 QStringList ZDPackageFormat::decodeDeletionList(const QByteArray &bytes)
 {
     QStringList uuids;
-    for (const QVariant &element : ZDPlainArchive::unarchive(bytes).toList()) {
+    for (const QVariant &element : unarchived(bytes).toList()) {
         if (element.typeId() == QMetaType::QString)
             uuids << element.toString();
     }

@@ -1,5 +1,5 @@
 #include "ZDPackageFormat.h"
-#include "ZDPlainArchive.h"
+#include "ZDKeyedArchive.h"
 #include "ZDStoreErrors.h"
 
 #include <QLocale>
@@ -23,11 +23,13 @@ TEST(PackageFormat, VersionStampIsAKeyedArchiveOfOneEntryAndIsRestampedOnlyWhenN
 {
     const QByteArray stamp = ZDPackageFormat::encodeVersion();
     EXPECT_TRUE(stamp.startsWith("bplist00"));
-    const QVariantMap archived = ZDPlainArchive::unarchive(stamp).toMap();
+    QVariant root;
+    ASSERT_TRUE(ZDKeyedArchive::unarchive(stamp, &root));
+    const QVariantMap archived = root.toMap();
     EXPECT_EQ(archived, (QVariantMap{{QStringLiteral("Zandrio"), QStringLiteral("1.5.0")}}));
 
     QString version;
-    EXPECT_FALSE(ZDPackageFormat::decodeVersion(ZDPlainArchive::archive(QStringLiteral("1.5.0")), &version));
+    EXPECT_FALSE(ZDPackageFormat::decodeVersion(ZDKeyedArchive::archivedData(QStringLiteral("1.5.0")), &version));
     EXPECT_FALSE(ZDPackageFormat::decodeVersion(QByteArray(), &version));
 
     ZDPackageTree tree;
@@ -62,7 +64,7 @@ TEST(PackageFormat, RecordListsKeepEveryBlobAndEmptyFilesAreEmptyLists)
 
     // An element that is not a blob is skipped, the rest survive.
     const QByteArray mixed =
-        ZDPlainArchive::archive(QVariantList{QByteArray("a"), QStringLiteral("odd"), QByteArray("b")});
+        ZDKeyedArchive::archivedData(QVariantList{QByteArray("a"), QStringLiteral("odd"), QByteArray("b")});
     ASSERT_TRUE(ZDPackageFormat::decodeRecordList(mixed, &decoded));
     EXPECT_EQ(decoded, (QList<QByteArray>{"a", "b"}));
 
@@ -83,7 +85,9 @@ TEST(PackageFormat, ArchivesOfNestedPlainValuesRoundTrip)
 {
     const QVariantMap value{{QStringLiteral("list"), QVariantList{QStringLiteral("ä"), QByteArray("z")}},
                             {QStringLiteral("map"), QVariantMap{{QStringLiteral("k"), QStringLiteral("v")}}}};
-    EXPECT_EQ(ZDPlainArchive::unarchive(ZDPlainArchive::archive(value)), QVariant(value));
+    QVariant root;
+    ASSERT_TRUE(ZDKeyedArchive::unarchive(ZDKeyedArchive::archivedData(value), &root));
+    EXPECT_EQ(root, QVariant(value));
     const QStringList uuids{QStringLiteral("A"), QStringLiteral("B")};
     EXPECT_EQ(ZDPackageFormat::decodeDeletionList(ZDPackageFormat::encodeDeletionList(uuids)), uuids);
     EXPECT_TRUE(ZDPackageFormat::decodeDeletionList(QByteArray()).isEmpty());

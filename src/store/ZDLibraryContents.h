@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ZDPackageTree.h"
+#include "ZDRecordTypes.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QStringList>
+
+/// The records of a package tree, and their encodings back into the tree's files.
+///
+/// Reading never fails as a whole: a snippet file or list element that does not unarchive is
+/// skipped and counted, so that one damaged record costs only itself.
+struct ZDLibraryContents
+{
+    ZDSnippetList snippets;
+    QList<ZDCategoryNodePtr> rootFolderNodes;
+    QList<ZDCategoryNodePtr> shortcutNodes;
+    QList<ZDCategoryNodePtr> smartGroupNodes;
+    ZDTagList tags;
+    /// Read from the top-level "deletion.data" (which the store never writes; see
+    /// ZDPackageLayout), so usually empty.
+    QStringList deletedUUIDs;
+
+    /// Records that could not be read, by file ("Database/tags.data", or a snippet's file).
+    QStringList unreadableRecords;
+    /// List files that are not lists at all.
+    QStringList unreadableFiles;
+
+    /// Reads every record of `tree`. Snippet files are unarchived on all cores.
+    static ZDLibraryContents read(const ZDPackageTree &tree);
+
+    /// A list file holding the nodes' archives.
+    static QByteArray encodeNodes(const QList<ZDCategoryNodePtr> &nodes);
+    static QByteArray encodeTags(const ZDTagList &tags);
+};
