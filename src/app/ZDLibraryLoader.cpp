@@ -1,6 +1,7 @@
 #include "ZDLibraryLoader.h"
 
 #include "ZDDataCenter.h"
+#include "ZDWriteTimer.h"
 #include "ZDHighlighter.h"
 
 #include <QCoreApplication>

@@ -28,6 +28,7 @@
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStackedWidget>
 #include <QTimer>
 
 void ZDMainWindow::setDataCenter(ZDDataCenter *center)
@@ -74,9 +75,7 @@ void ZDMainWindow::reloadSidebar()
         return;
     recount();
     QList<ZDCategoryNodePtr> tags = m_center->tagNodes();
-    QCollator collator;
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    const QCollator collator = ZDSnippetCollection::titleCollator();
     std::stable_sort(tags.begin(), tags.end(), [&](const ZDCategoryNodePtr &a, const ZDCategoryNodePtr &b) {
         if (m_defaults.tagsSortMethod() == SortBySnippetsCount && m_tagCounts.value(a->UUID()) != m_tagCounts.value(b->UUID()))
             return m_tagCounts.value(a->UUID()) > m_tagCounts.value(b->UUID());
@@ -364,15 +363,15 @@ void ZDMainWindow::copySnippets(bool cut)
     const ZDSnippetList snippets = m_list->selectedSnippets();
     if (snippets.isEmpty())
         return;
-    auto *data = new QMimeData;
-    ZDSnippetPasteboard::writeSnippets(data, snippets);
+    auto *mime = new QMimeData;
+    ZDSnippetPasteboard::writeSnippets(mime, snippets);
     QStringList texts;
     for (const ZDSnippetPtr &snippet : snippets) {
         for (const ZDSnippetPartPtr &part : snippet->parts())
             texts << part->content();
     }
-    data->setText(texts.join(QStringLiteral("\n\n")));
-    QApplication::clipboard()->setMimeData(data);
+    mime->setText(texts.join(QStringLiteral("\n\n")));
+    QApplication::clipboard()->setMimeData(mime);
     if (cut && m_actions)
         m_actions->deleteSnippets(snippets);
 }
@@ -380,15 +379,15 @@ void ZDMainWindow::copySnippets(bool cut)
 void ZDMainWindow::pasteSnippets()
 {
     QWidget *focus = QApplication::focusWidget();
-    const QMimeData *data = QApplication::clipboard()->mimeData();
+    const QMimeData *mime = QApplication::clipboard()->mimeData();
     if (focus != m_list && focus != m_sidebar) {
         if (focus)
             QMetaObject::invokeMethod(focus, "paste");
         return;
     }
-    if (!m_actions || !data || !ZDSnippetPasteboard::canReadSnippets(data))
+    if (!m_actions || !mime || !ZDSnippetPasteboard::canReadSnippets(mime))
         return;
-    const ZDSnippetList added = m_actions->pasteSnippets(ZDSnippetPasteboard::readSnippets(data),
+    const ZDSnippetList added = m_actions->pasteSnippets(ZDSnippetPasteboard::readSnippets(mime),
                                                          ZDLibraryActions::folderUUIDForNode(m_sidebar->selectedNode()));
     if (!added.isEmpty()) {
         reloadList();

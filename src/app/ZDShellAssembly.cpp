@@ -1,6 +1,7 @@
 #include "ZDShellAssembly.h"
 
 #include "ZDDataCenter.h"
+#include "ZDWriteTimer.h"
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDUserDefaults.h"

@@ -2,6 +2,7 @@
 
 #include "ZDCategoryNode.h"
 #include "ZDSnippet.h"
+#include "ZDSnippetCollection.h"
 #include "ZDSnippetPasteboard.h"
 
 #include <QApplication>
@@ -22,9 +23,7 @@ constexpr int kFixedFolderRows = 2;
 
 QList<ZDCategoryNodePtr> sortedByTitle(QList<ZDCategoryNodePtr> nodes)
 {
-    QCollator collator;
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    const QCollator collator = ZDSnippetCollection::titleCollator();
     std::stable_sort(nodes.begin(), nodes.end(), [&](const ZDCategoryNodePtr &a, const ZDCategoryNodePtr &b) {
         return collator.compare(a->title(), b->title()) < 0;
     });

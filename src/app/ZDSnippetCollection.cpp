@@ -74,9 +74,7 @@ void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder)
             return ascending ? keys[size_t(a)] < keys[size_t(b)] : keys[size_t(a)] > keys[size_t(b)];
         });
     } else {
-        QCollator collator;
-        collator.setNumericMode(true);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        const QCollator collator = titleCollator();
         std::vector<QCollatorSortKey> keys;
         keys.reserve(order.size());
         for (const ZDSnippetPtr &snippet : snippets)
@@ -91,6 +89,15 @@ void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder)
     for (qsizetype i : order)
         sorted << snippets[i];
     snippets = std::move(sorted);
+}
+
+QCollator titleCollator()
+{
+    // The C locale collates by code point and knows no numeric mode.
+    QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
 }
 
 QString languagesSummary(const ZDSnippet &snippet)

@@ -2,6 +2,7 @@
 
 #include "ZDRecordTypes.h"
 
+#include <QCollator>
 #include <QSet>
 #include <QString>
 
@@ -19,6 +20,9 @@ ZDSnippetList snippetsForNode(const ZDCategoryNode &node, const ZDSnippetList &s
 /// Sorts by a sort method (by date modified, date created or name; by snippet count means by
 /// name for snippets) in a sort order (descending 11, ascending 12). Ties keep their order.
 void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder);
+
+/// Compares titles as people read them: case ignored, numbers by value ("2" before "10").
+QCollator titleCollator();
 
 /// The distinct display names of the parts' languages, in part order, joined by ", ".
 QString languagesSummary(const ZDSnippet &snippet);

@@ -19,10 +19,12 @@
 #include "ZDShellAssembly.h"
 #include "ZDSingleInstance.h"
 #include "ZDUserDefaults.h"
+#include "ZDWriteTimer.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QThreadPool>
 #include <QTimer>
 
 #include <cstdio>
