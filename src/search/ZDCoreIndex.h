@@ -1,0 +1,122 @@
+#pragma once
+
+#include "ZDLibraryListener.h"
+#include "ZDRecordTypes.h"
+#include "ZDSerialQueue.h"
+#include "ZDWriteTimer.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+
+class ZDDataCenter;
+class ZDMulticastDelegateHandler;
+class ZDUserDefaults;
+
+/// One line of the counting index: a folder, tag or language, and how many snippets it holds.
+struct ZDIndexResult
+{
+    QString displayName;   ///< the folder's or tag's title, the language's name
+    QString ubiquitousName; ///< the folder's or tag's UUID, the language identifier
+    qint64 count = 0;
+
+    static ZDIndexResult resultWithDisplayName(const QString &displayName, const QString &ubiquitousName,
+                                               qint64 count)
+    {
+        return {displayName, ubiquitousName, count};
+    }
+    bool operator==(const ZDIndexResult &) const = default;
+};
+
+/// What the counting index counts, read on the main thread.
+struct ZDCoreIndexSource
+{
+    std::function<ZDSnippetList()> snippets;
+    std::function<QList<ZDCategoryNodePtr>()> rootFolderNodes;
+    std::function<ZDTagList()> tags;
+    std::function<bool()> hasValidLibrary;
+    /// The user's active languages ("User ActiveLanguages"): listed even before any snippet uses them.
+    std::function<QStringList()> activeLanguageIdentifiers;
+
+    static ZDCoreIndexSource fromDataCenter(ZDDataCenter &center, ZDUserDefaults *defaults);
+};
+
+/// How many snippets each folder, tag and language holds; it feeds the search field's "in:"
+/// proposals. Folders are listed in tree order after Uncategorized, tags in the library's
+/// order, languages by name.
+///
+/// Whole recounts run on the queue "com.varnok.Zandrio.CoreIndex" and are paced by a repeating
+/// tick (10 s): `scheduleIndexRebuild` marks kinds dirty and, when the tick is not running,
+/// starts it and counts at once; each tick counts the dirty kinds, and the first tick with
+/// nothing dirty stops. Small changes adjust the counts in place. Main thread only, except
+/// the list readers, which are safe anywhere.
+class ZDCoreIndex : public QObject, public ZDLibraryListener
+{
+    Q_OBJECT
+
+public:
+    enum DirtyType { Folders = 1, Tags = 2, Languages = 4, All = 7 };
+    static inline const QString queueLabel = QStringLiteral("com.varnok.Zandrio.CoreIndex");
+    static constexpr int tickIntervalMs = 10000;
+
+    /// `notifier` (may be null) is listened to; `defaults` (may be null) is observed for
+    /// "User ActiveLanguages"; `timer` null means a 10-second QTimer.
+    ZDCoreIndex(ZDCoreIndexSource source, ZDMulticastDelegateHandler *notifier = nullptr,
+                ZDUserDefaults *defaults = nullptr, std::unique_ptr<ZDWriteTimer> timer = nullptr,
+                QObject *parent = nullptr);
+    ~ZDCoreIndex() override;
+
+    static ZDCoreIndex *sharedIndex();
+    static void install(ZDCoreIndex *index);
+
+    QList<ZDIndexResult> folders() const;
+    QList<ZDIndexResult> tags() const;
+    QList<ZDIndexResult> languages() const;
+
+    int buildDirtyTypes() const { return m_dirty; }
+    bool isTimerRunning() const { return m_timer->isActive(); }
+    void scheduleIndexRebuild(int types);
+    void rebuildAllIndex() { scheduleIndexRebuild(All); }
+    /// Waits for recounts in progress; their results reach the lists through the event loop.
+    void waitUntilIdle() { m_queue.waitUntilEmpty(); }
+
+    void increaseFolder(const QString &UUID, qint64 number);
+    void increaseTag(const QString &UUID, qint64 number);
+    void increaseLanguage(const QString &identifier, qint64 number);
+
+    // Notices.
+    void folderDidAdd(QObject *sender, const ZDCategoryNodePtr &folder, const ZDCategoryNodePtr &parentNode,
+                      int index) override;
+    void folderDidRename(QObject *sender, const ZDCategoryNodePtr &folder) override;
+    void foldersDidRemove(QObject *sender, const QList<ZDCategoryNodePtr> &folders) override;
+    void tagDidRename(QObject *sender, const ZDTagPtr &tag) override;
+    void tagsDidRemove(QObject *sender, const ZDTagList &tags) override;
+    void snippetDidAdd(QObject *sender, const ZDSnippetPtr &snippet) override;
+    void snippetsDidRemove(QObject *sender, const ZDSnippetList &snippets) override;
+    void snippetsCategoryDidChange(QObject *sender, const ZDSnippetList &snippets) override;
+    void snippetsTagsDidChange(QObject *sender, const ZDSnippetList &snippets) override;
+    void snippetsLanguageDidChange(QObject *sender, const ZDSnippetList &snippets) override;
+    void applicationLibraryDidChange(QObject *sender) override;
+
+Q_SIGNALS:
+    /// The lists changed (after a recount or an adjustment).
+    void indexDidChange();
+
+private:
+    void tick();
+    void adjust(QList<ZDIndexResult> &list, const QString &key, qint64 number);
+    void adjustForSnippet(const ZDSnippet &snippet, qint64 number);
+
+    ZDCoreIndexSource m_source;
+    std::unique_ptr<ZDWriteTimer> m_timer;
+    int m_dirty = 0;
+    mutable std::mutex m_mutex;
+    QList<ZDIndexResult> m_folders;
+    QList<ZDIndexResult> m_tags;
+    QList<ZDIndexResult> m_languages;
+    ZDSerialQueue m_queue{queueLabel};
+};
