@@ -5,6 +5,7 @@
 #include "ZDEditorTheme.h"
 #include "ZDLibraryActions.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDSearchView.h"
 #include "ZDSidebarModel.h"
 #include "ZDSidebarView.h"
 #include "ZDSnippet.h"
@@ -17,7 +18,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
@@ -83,6 +83,8 @@ void ZDMainWindow::buildLayout()
     connect(m_sidebar, &ZDSidebarView::selectedNodeChanged, this, [this](const ZDCategoryNodePtr &node) {
         if (m_center)
             m_notifier.noteCategorySelectionChanged(node, {}, {}, this);
+        if (!m_search->isEmpty())
+            m_search->clearContent();
         clearSearchResults();
     });
     connect(m_sidebarModel, &ZDSidebarModel::renameRequested, this,
@@ -107,13 +109,12 @@ void ZDMainWindow::buildLayout()
     m_listStack->addWidget(m_list);
     m_listStack->addWidget(m_stateLabel);
 
-    m_plainSearch = new QLineEdit;
-    m_plainSearch->setPlaceholderText(tr("Search"));
-    m_plainSearch->setClearButtonEnabled(true);
-    m_searchHost = new QWidget;
-    auto *searchLayout = new QVBoxLayout(m_searchHost);
+    m_search = new ZDSearchView;
+    connect(m_search, &ZDSearchView::searchQueryDidChange, this, &ZDMainWindow::runSearch);
+    auto *searchHost = new QWidget;
+    auto *searchLayout = new QVBoxLayout(searchHost);
     searchLayout->setContentsMargins(8, 8, 8, 6);
-    searchLayout->addWidget(m_plainSearch);
+    searchLayout->addWidget(m_search);
 
     m_footer = new QLabel;
     m_footer->setObjectName(QStringLiteral("listFooter"));
@@ -127,7 +128,7 @@ void ZDMainWindow::buildLayout()
     auto *middleLayout = new QVBoxLayout(middle);
     middleLayout->setContentsMargins(0, 0, 0, 0);
     middleLayout->setSpacing(0);
-    middleLayout->addWidget(m_searchHost);
+    middleLayout->addWidget(searchHost);
     middleLayout->addWidget(m_listStack, 1);
     middleLayout->addWidget(m_footer);
 
@@ -246,6 +247,7 @@ void ZDMainWindow::applyTheme()
         return;
     m_sidebar->applyTheme(*theme);
     m_list->applyTheme(*theme);
+    m_search->applyTheme(*theme);
     for (QWidget *pane : {static_cast<QWidget *>(m_stateLabel), static_cast<QWidget *>(m_editorPlaceholder)}) {
         QPalette palette = pane->palette();
         palette.setColor(QPalette::Window, theme->windowColor(ZDWindowColor::FilelistBackground));
@@ -302,18 +304,8 @@ void ZDMainWindow::setEditorWidget(QWidget *editor, std::function<void(const ZDS
     showSelectedSnippets();
 }
 
-void ZDMainWindow::setSearchWidget(QWidget *searchField)
-{
-    m_searchHost->layout()->removeWidget(m_plainSearch);
-    m_plainSearch->hide();
-    m_searchHost->layout()->addWidget(searchField);
-}
-
 void ZDMainWindow::focusSearch()
 {
-    QWidget *field = m_searchHost->layout()->itemAt(m_searchHost->layout()->count() - 1)->widget();
-    if (field) {
-        field->setFocus(Qt::ShortcutFocusReason);
-        Q_EMIT searchRequested();
-    }
+    m_search->setFocus(Qt::ShortcutFocusReason);
+    m_search->selectAll();
 }

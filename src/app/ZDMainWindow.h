@@ -9,10 +9,10 @@
 #include <memory>
 
 class QLabel;
-class QLineEdit;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
+class ZDCoreIndex;
 class ZDDataCenter;
 class ZDHighlighter;
 class ZDLibraryActions;
@@ -21,6 +21,8 @@ class ZDSidebarModel;
 class ZDSidebarView;
 class ZDSnippetListModel;
 class ZDSnippetListView;
+class ZDSearchEngine;
+class ZDSearchView;
 class ZDUserDefaults;
 struct ZDSidebarDrop;
 
@@ -42,15 +44,19 @@ public:
     ZDDataCenter *dataCenter() const { return m_center; }
     /// The pane where the snippet editor goes (it replaces the placeholder).
     void setEditorWidget(QWidget *editor, std::function<void(const ZDSnippetPtr &)> showSnippet);
-    /// The search field above the list (it replaces the plain one).
-    void setSearchWidget(QWidget *searchField);
+    /// The engine that answers the search field and the counts its "in:" proposals come from.
+    void setSearchServices(ZDSearchEngine *engine, ZDCoreIndex *counts);
     /// Shows `snippets` in the list instead of the selected node's, in their order when
-    /// `keepOrder`; an empty optional returns to the node's snippets.
+    /// `keepOrder`.
     void showSearchResults(const ZDSnippetList &snippets, bool keepOrder);
+    /// Back to the selected node's snippets.
     void clearSearchResults();
+    /// Runs the field's query now.
+    void runSearch();
 
     ZDSidebarView *sidebar() const { return m_sidebar; }
     ZDSnippetListView *snippetList() const { return m_list; }
+    ZDSearchView *searchField() const { return m_search; }
     ZDLibraryActions *actions() const { return m_actions.get(); }
 
     /// Selects the snippet in the list, switching the sidebar to All Snippets when the selected
@@ -64,7 +70,6 @@ public:
 
 Q_SIGNALS:
     void preferencesRequested();
-    void searchRequested();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -125,8 +130,9 @@ private:
     QStackedWidget *m_listStack = nullptr;
     QLabel *m_stateLabel = nullptr;
     QLabel *m_footer = nullptr;
-    QWidget *m_searchHost = nullptr;
-    QLineEdit *m_plainSearch = nullptr;
+    ZDSearchView *m_search = nullptr;
+    ZDSearchEngine *m_engine = nullptr;
+    ZDCoreIndex *m_counts = nullptr;
     QStackedWidget *m_editorStack = nullptr;
     QLabel *m_editorPlaceholder = nullptr;
     QWidget *m_editor = nullptr;

@@ -4,9 +4,13 @@
 #include "ZDMainWindow.h"
 
 #include "ZDCategoryNode.h"
+#include "ZDAnalytics.h"
+#include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
 #include "ZDLibraryActions.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDSearchEngine.h"
+#include "ZDSearchView.h"
 #include "ZDSidebarModel.h"
 #include "ZDSidebarView.h"
 #include "ZDSnippet.h"
@@ -110,8 +114,12 @@ void ZDMainWindow::reloadSidebar()
 
 void ZDMainWindow::reloadList()
 {
-    if (!m_center || !m_center->dataCenterHasValidLibrary() || m_showingSearchResults)
+    if (!m_center || !m_center->dataCenterHasValidLibrary())
         return;
+    if (m_showingSearchResults) {
+        runSearch(); // the results follow the library
+        return;
+    }
     if (!m_reloadSidebar)
         recount(), m_sidebarModel->refreshCounts();
     const QStringList selected = [this] {
@@ -399,4 +407,33 @@ void ZDMainWindow::applyDrop(const ZDSidebarDrop &drop)
 {
     if (m_actions)
         m_actions->applyDrop(drop);
+}
+
+// Searching.
+
+void ZDMainWindow::setSearchServices(ZDSearchEngine *engine, ZDCoreIndex *counts)
+{
+    m_engine = engine;
+    m_counts = counts;
+    m_search->setProposalProvider([this](ZDSearchView *view, const QString &keyword) {
+        if (!m_counts)
+            return QList<ZDSearchProposalSection>();
+        return zdSearchProposals(keyword, view->searchConstraints(), m_counts->folders(), m_counts->tags(),
+                                 m_counts->languages());
+    });
+}
+
+void ZDMainWindow::runSearch()
+{
+    const QString keyword = m_search->searchKeyword();
+    const QList<ZDSearchConstraint> constraints = m_search->searchConstraints();
+    if (!m_engine || !m_center || (keyword.trimmed().isEmpty() && constraints.isEmpty())) {
+        if (m_showingSearchResults)
+            clearSearchResults();
+        return;
+    }
+    const ZDSnippetList results = m_engine->snippetsWithKeyword(keyword, constraints, !m_defaults.searchScopeTitleOnly(),
+                                                                m_defaults.searchUsesFuzzy(), !m_defaults.searchIngoresCase());
+    zdReportEvent(QStringLiteral("Search"), {});
+    showSearchResults(results, m_defaults.searchArrangeByRelevance() && !keyword.trimmed().isEmpty());
 }

@@ -1,9 +1,11 @@
 #include "ZDShellAssembly.h"
 
+#include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
 #include "ZDWriteTimer.h"
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDSearchEngine.h"
 #include "ZDUserDefaults.h"
 
 #include <QUrl>
@@ -20,6 +22,15 @@ void ZDShellAssembly::setDataCenter(ZDDataCenter *center)
 {
     m_center = center;
     ZDDataCenter::install(center);
+    if (center && center->dataCenterHasValidLibrary()) {
+        // Both listen before the library-changed notice below, which builds them.
+        m_engine = std::make_unique<ZDSearchEngine>([center] { return center->snippets(); }, &m_notifier);
+        ZDSearchEngine::install(m_engine.get());
+        m_counts = std::make_unique<ZDCoreIndex>(ZDCoreIndexSource::fromDataCenter(*center, &m_defaults), &m_notifier,
+                                                 &m_defaults);
+        ZDCoreIndex::install(m_counts.get());
+        m_window.setSearchServices(m_engine.get(), m_counts.get());
+    }
     m_window.setDataCenter(center);
     m_notifier.noteApplicationLibraryChanged(center);
     m_notifier.noteApplicationInitialized(center);
@@ -58,6 +69,11 @@ void ZDShellAssembly::handleArguments(const QStringList &arguments)
 void ZDShellAssembly::shutDown()
 {
     delete m_preferences;
+    m_window.setSearchServices(nullptr, nullptr);
     m_window.setDataCenter(nullptr);
     m_notifier.removeDelegate(&m_window);
+    ZDSearchEngine::install(nullptr);
+    ZDCoreIndex::install(nullptr);
+    m_engine.reset();
+    m_counts.reset();
 }

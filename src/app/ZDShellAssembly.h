@@ -4,14 +4,18 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <memory>
+
+class ZDCoreIndex;
 class ZDDataCenter;
 class ZDHighlighter;
 class ZDMainWindow;
 class ZDMulticastDelegateHandler;
+class ZDSearchEngine;
 class ZDUserDefaults;
 
-/// Puts the program together as its parts arrive: the library store, the highlighter, the
-/// snippet editor, the search field and the preferences window. The library-changed and
+/// Puts the program together as its parts arrive: the library store with the search engine
+/// and the counting index, the highlighter, the snippet editor and the preferences window. The library-changed and
 /// initialised notices are posted once the store is installed, so every listener (search
 /// indexes, counts, windows) loads from it.
 class ZDShellAssembly : public QObject
@@ -39,4 +43,6 @@ private:
     ZDHighlighter *m_highlighter = nullptr;
     QStringList m_pendingArguments;
     QPointer<QWidget> m_preferences;
+    std::unique_ptr<ZDSearchEngine> m_engine;
+    std::unique_ptr<ZDCoreIndex> m_counts;
 };
