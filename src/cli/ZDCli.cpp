@@ -5,6 +5,7 @@
 #include "ZDLanguagesCommand.h"
 #include "ZDPrefsCommand.h"
 #include "ZDResources.h"
+#include "ZDStoreCommands.h"
 
 ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaults(defaults), m_languages(languages)
 {
@@ -12,6 +13,7 @@ ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaul
     m_commands.push_back(std::make_unique<ZDLanguagesCommand>());
     m_commands.push_back(std::make_unique<ZDHighlightCommand>());
     m_commands.push_back(std::make_unique<ZDMarkdownCommand>());
+    zdAddStoreCommands(m_commands);
 }
 
 ZDCli::~ZDCli() = default;
@@ -29,7 +31,7 @@ void ZDCli::printHelp(QTextStream &out) const
     out.flush();
 }
 
-int ZDCli::run(const QStringList &arguments, QTextStream &out, QTextStream &err)
+int ZDCli::run(const QStringList &arguments, QTextStream &out, QTextStream &err, QTextStream *in)
 {
     QStringList rest;
     QString libraryPath;
@@ -61,7 +63,7 @@ int ZDCli::run(const QStringList &arguments, QTextStream &out, QTextStream &err)
     const QString name = rest.takeFirst();
     for (const auto &command : m_commands) {
         if (command->name() == name) {
-            ZDCliContext context{out, err, m_defaults, m_languages, libraryPath};
+            ZDCliContext context{out, err, m_defaults, m_languages, libraryPath, in};
             const int status = command->run(context, rest);
             out.flush();
             err.flush();

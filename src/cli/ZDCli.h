@@ -18,8 +18,9 @@ public:
     ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages);
     ~ZDCli();
 
-    /// `arguments` exclude the program name. Returns the exit status.
-    int run(const QStringList &arguments, QTextStream &out, QTextStream &err);
+    /// `arguments` exclude the program name. Returns the exit status. `in` replaces standard
+    /// input for commands that read it.
+    int run(const QStringList &arguments, QTextStream &out, QTextStream &err, QTextStream *in = nullptr);
 
 private:
     void printHelp(QTextStream &out) const;

@@ -19,6 +19,8 @@ struct ZDCliContext
     ZDLanguageRegistry &languages;
     /// The library given with --library, or empty for the library the application uses.
     QString libraryPath;
+    /// Standard input for commands that read it; null means the process's standard input.
+    QTextStream *in = nullptr;
 
     /// Prints "zandrio-cli: <description> (code N)" on the error stream; returns the exit status.
     int fail(const ZDError &error) const;

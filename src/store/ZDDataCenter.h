@@ -6,6 +6,7 @@
 #include "ZDPackageStorage.h"
 #include "ZDRecordDirectory.h"
 #include "ZDRecordTypes.h"
+#include "ZDWriteTimer.h"
 
 #include <QHash>
 #include <QObject>
@@ -21,7 +22,6 @@ class ZDOutdatedVersionResponder;
 class ZDPackageWatcher;
 class ZDUserDefaults;
 class ZDWriteScheduler;
-class ZDWriteTimer;
 
 /// The library store: owns the in-memory library (snippets, folder tree, shortcuts, smart
 /// groups, tags) of one package on disk, applies every mutation to the lists and to the
@@ -164,6 +164,8 @@ public:
     /// shortcuts (through the setters, so the fixes are saved), reports "LibraryRepair" when
     /// anything was fixed. Skipped when "ZDDisableRepairInternalInconsistencyIfNeeded" is set.
     ZDLibraryRepair::Report repairInternalInconsistencyIfNeeded();
+    /// The same pass whatever the preference says (an explicit request to repair).
+    ZDLibraryRepair::Report repairInternalInconsistency();
 
     // Writing and reloading.
 

@@ -261,7 +261,14 @@ ZDLibraryRepair::Report ZDDataCenter::inspectInternalInconsistency() const
 
 ZDLibraryRepair::Report ZDDataCenter::repairInternalInconsistencyIfNeeded()
 {
-    if (!d->hasTree || (d->defaults && d->defaults->objectForKey(kDisableRepairKey).toBool()))
+    if (d->defaults && d->defaults->objectForKey(kDisableRepairKey).toBool())
+        return {};
+    return repairInternalInconsistency();
+}
+
+ZDLibraryRepair::Report ZDDataCenter::repairInternalInconsistency()
+{
+    if (!d->hasTree)
         return {};
     const ZDLibraryRepair::Report report = inspectInternalInconsistency();
     if (report.isEmpty())

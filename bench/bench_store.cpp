@@ -1,0 +1,174 @@
+// Library store benchmarks. With no mode, for each size (1,000, 10,000 and 100,000 snippets):
+// makes the synthetic library once (kept in the bench directory), then measures in a fresh
+// process each time the load of the library with a warm file cache and its resident memory,
+// and, for the largest, the write after editing one snippet.
+//
+//   bench_store [--dir DIR] [--sizes 1000,10000,100000]
+//   bench_store --load PATH      one load, figures on standard output
+//   bench_store --write PATH     edit-and-save rounds on a loaded library
+
+#include "ZDDataCenter.h"
+#include "ZDLanguageRegistry.h"
+#include "ZDLibraryGenerator.h"
+#include "ZDMulticastDelegateHandler.h"
+#include "ZDPackageTree.h"
+#include "ZDResources.h"
+#include "ZDSnippet.h"
+#include "ZDUserDefaults.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+double residentMiB()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
+    }
+    return 0;
+}
+
+double packageMiB(const QString &path)
+{
+    qint64 bytes = 0;
+    QDirIterator it(path, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        bytes += it.fileInfo().size();
+    }
+    return double(bytes) / (1024.0 * 1024.0);
+}
+
+struct Environment
+{
+    QTemporaryDir dir;
+    ZDUserDefaults defaults{dir.filePath(QStringLiteral("prefs.ini"))};
+    ZDLanguageRegistry languages{ZDResources::path(QStringLiteral("Languages.json")), &defaults};
+    ZDMulticastDelegateHandler notifier;
+
+    Environment()
+    {
+        ZDLanguageRegistry::install(&languages);
+        languages.availableLanguages(); // the table is loaded before anything is timed
+    }
+
+    std::unique_ptr<ZDDataCenter> open(const QString &path)
+    {
+        ZDDataCenter::Options options;
+        options.packagePath = path;
+        options.defaults = &defaults;
+        options.notifier = &notifier;
+        options.watchForExternalChanges = false;
+        return std::make_unique<ZDDataCenter>(std::move(options));
+    }
+};
+
+int measureLoad(const QString &path)
+{
+    Environment environment;
+    {
+        ZDPackageTree warm; // brings the files into the page cache
+        ZDPackageTree::read(path, &warm);
+    }
+    const double before = residentMiB();
+    QElapsedTimer timer;
+    timer.start();
+    auto center = environment.open(path);
+    const double ms = double(timer.nsecsElapsed()) / 1e6;
+    const double after = residentMiB();
+    const double raw = packageMiB(path);
+    std::printf("load %7lld snippets: %8.1f ms   resident +%7.1f MiB (package %6.1f MiB on disk, %.2fx)\n",
+                qlonglong(center->snippets().size()), ms, after - before, raw, (after - before) / raw);
+    return center->dataCenterHasValidLibrary() ? 0 : 1;
+}
+
+int measureWrite(const QString &path)
+{
+    Environment environment;
+    auto center = environment.open(path);
+    if (!center->save()) // the first save of a generated library rewrites nothing but the stamps
+        return 1;
+    const ZDSnippetList snippets = center->snippets();
+    QList<double> times;
+    for (int round = 0; round < 9; ++round) {
+        const ZDSnippetPtr snippet = snippets.at((round * 7919) % snippets.size());
+        snippet->setTitle(snippet->title() + QStringLiteral(" (edited)"));
+        QElapsedTimer timer;
+        timer.start();
+        center->setSnippetsUpdated({snippet});
+        if (!center->save())
+            return 1;
+        times << double(timer.nsecsElapsed()) / 1e6;
+    }
+    std::sort(times.begin(), times.end());
+    std::printf("write after editing one snippet of %lld: median %.2f ms, best %.2f ms, worst %.2f ms\n",
+                qlonglong(snippets.size()), times.at(times.size() / 2), times.first(), times.last());
+    return 0;
+}
+
+int runChild(const QStringList &arguments)
+{
+    QProcess child;
+    child.setProcessChannelMode(QProcess::ForwardedChannels);
+    child.start(QCoreApplication::applicationFilePath(), arguments);
+    child.waitForFinished(-1);
+    return child.exitCode();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption load(QStringLiteral("load"), {}, QStringLiteral("PATH"));
+    const QCommandLineOption write(QStringLiteral("write"), {}, QStringLiteral("PATH"));
+    const QCommandLineOption directory(QStringLiteral("dir"), {}, QStringLiteral("DIR"),
+                                       QCoreApplication::applicationDirPath() + QStringLiteral("/libraries"));
+    const QCommandLineOption sizes(QStringLiteral("sizes"), {}, QStringLiteral("N,N,..."),
+                                   QStringLiteral("1000,10000,100000"));
+    parser.addOptions({load, write, directory, sizes});
+    parser.process(app);
+    if (parser.isSet(load))
+        return measureLoad(parser.value(load));
+    if (parser.isSet(write))
+        return measureWrite(parser.value(write));
+
+    QDir().mkpath(parser.value(directory));
+    QString largest;
+    for (const QString &size : parser.value(sizes).split(QLatin1Char(','))) {
+        const QString path = parser.value(directory) + QStringLiteral("/library-%1.zandriolibrary").arg(size);
+        if (!QFileInfo::exists(path)) {
+            Environment environment;
+            ZDLibraryGenerator generator(42, environment.languages);
+            ZDError error;
+            if (!ZDLibraryGenerator::writePackage(generator.generate(size.toInt()), path, &error)) {
+                std::fprintf(stderr, "bench_store: %s\n", qPrintable(error.toString()));
+                return 1;
+            }
+        }
+        if (runChild({QStringLiteral("--load"), path}) != 0)
+            return 1;
+        largest = path;
+    }
+    // The write is measured on a copy, so the kept libraries stay as generated.
+    QTemporaryDir scratch;
+    const QString copy = scratch.filePath(QStringLiteral("copy.zandriolibrary"));
+    if (QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), largest, copy}) != 0)
+        return 1;
+    return runChild({QStringLiteral("--write"), copy});
+}

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "ZDCategoryNode.h"
+#include "ZDDataCenter.h"
+#include "ZDLanguageRegistry.h"
+#include "ZDLibraryListener.h"
+#include "ZDMulticastDelegateHandler.h"
+#include "ZDSnippet.h"
+#include "ZDTag.h"
+#include "ZDUserDefaults.h"
+#include "ZDTestSupport.h"
+#include "ZDWriteTimer.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+// A write tick that fires only when the test says so.
+class ZDManualWriteTimer : public ZDWriteTimer
+{
+public:
+    void start(std::function<void()> tick) override
+    {
+        m_tick = std::move(tick);
+        m_active = true;
+    }
+    void stop() override { m_active = false; }
+    bool isActive() const override { return m_active; }
+    void fire()
+    {
+        if (m_active)
+            m_tick();
+    }
+
+private:
+    std::function<void()> m_tick;
+    bool m_active = false;
+};
+
+class ZDLibraryChangeCounter : public ZDLibraryListener
+{
+public:
+    void applicationLibraryDidChange(QObject *) override { ++changes; }
+    int changes = 0;
+};
+
+// A library in a temporary directory, opened by as many stores as a test wants.
+struct ZDTestLibrary
+{
+    QTemporaryDir dir;
+    QString path = dir.filePath(QStringLiteral("main.zandriolibrary"));
+    ZDUserDefaults defaults{dir.filePath(QStringLiteral("prefs.ini"))};
+    ZDMulticastDelegateHandler notifier;
+    ZDManualWriteTimer *timer = nullptr; // of the last store opened
+    QList<ZDError> presented;
+    ZDLanguageRegistry registry{ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Languages.json"),
+                                &defaults};
+
+    ZDTestLibrary() { ZDLanguageRegistry::install(&registry); }
+    ~ZDTestLibrary() { ZDLanguageRegistry::install(nullptr); }
+
+    std::unique_ptr<ZDDataCenter> open(bool watch = false, ZDOutdatedVersionResponder *responder = nullptr)
+    {
+        ZDDataCenter::Options options;
+        options.packagePath = path;
+        options.defaults = &defaults;
+        options.notifier = &notifier;
+        options.outdatedVersionResponder = responder;
+        timer = new ZDManualWriteTimer;
+        options.writeTimer.reset(timer);
+        options.watchForExternalChanges = watch;
+        options.watcherSettleDelayMs = 30;
+        options.errorPresenter = [this](const ZDError &error) { presented << error; };
+        return std::make_unique<ZDDataCenter>(std::move(options));
+    }
+
+    // Lets queued edits and writes run and their hops to the main thread arrive.
+    static void settle(ZDDataCenter &center)
+    {
+        for (int round = 0; round < 3; ++round) {
+            center.waitUntilAllOperationsAreFinished();
+            QCoreApplication::processEvents();
+        }
+    }
+};
+
+inline ZDSnippetPtr zdTestSnippet(const QString &title, const QString &folderUUID = QLatin1String(ZDUncategorizedUUID),
+                                  const QString &content = QStringLiteral("print('hi')"))
+{
+    ZDSnippetPtr snippet = ZDSnippet::create(title, folderUUID);
+    snippet->parts().first()->setContent(content);
+    return snippet;
+}
