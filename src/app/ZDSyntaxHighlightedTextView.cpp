@@ -1,5 +1,7 @@
 #include "ZDSyntaxHighlightedTextView.h"
 
+#include "ZDDocumentHighlighter.h"
+#include "ZDEditorTheme.h"
 #include "ZDMarkdownCommands.h"
 #include "ZDMarkdownInsertSheet.h"
 #include "ZDTextCommands.h"
@@ -13,7 +15,6 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QSpinBox>
-#include <QSyntaxHighlighter>
 #include <QTextBlock>
 #include <QTimer>
 
@@ -30,37 +31,6 @@ bool isClosingBracket(QChar c)
     return c == QLatin1Char(')') || c == QLatin1Char(']') || c == QLatin1Char('}');
 }
 } // namespace
-
-/// Colours blocks from the view's token rules; the document itself keeps no formats, so
-/// highlighting never enters the undo stack.
-class ZDRuleHighlighter : public QSyntaxHighlighter
-{
-public:
-    ZDRuleHighlighter(ZDSyntaxHighlightedTextView *view) : QSyntaxHighlighter(view->document()), m_view(view)
-    {
-    }
-
-protected:
-    void highlightBlock(const QString &text) override
-    {
-        const QList<ZDHighlightRule> &rules = m_view->m_rules;
-        const int blockStart = currentBlock().position();
-        const int blockEnd = blockStart + int(text.size());
-        auto it = std::partition_point(rules.cbegin(), rules.cend(), [&](const ZDHighlightRule &rule) {
-            return rule.begin + rule.length <= blockStart;
-        });
-        for (; it != rules.cend() && it->begin < blockEnd; ++it) {
-            const int start = std::max(int(it->begin), blockStart);
-            const int end = std::min(int(it->begin + it->length), blockEnd);
-            const QColor color = m_view->colorForTokenClass(it->tokenClass);
-            if (end > start && color.isValid())
-                setFormat(start - blockStart, end - start, color);
-        }
-    }
-
-private:
-    ZDSyntaxHighlightedTextView *m_view;
-};
 
 /// The line-number column at the view's left edge.
 class ZDLineNumberGutter : public QWidget
@@ -83,12 +53,10 @@ ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
     setCursorWidth(0); // the caret is painted in the theme's colour
     m_gutter = new ZDLineNumberGutter(this);
 
-    // Rules move with the text before the highlighter repaints the edited blocks, so this
-    // connection comes before the highlighter's own.
     connect(document(), &QTextDocument::contentsChange, this,
             &ZDSyntaxHighlightedTextView::documentContentsChanged);
     connect(document(), &QTextDocument::undoCommandAdded, this, &ZDSyntaxHighlightedTextView::recordUndoStep);
-    m_highlighter = new ZDRuleHighlighter(this);
+    m_documentHighlighter = new ZDDocumentHighlighter(document(), nullptr, this);
     m_lastRevision = document()->revision();
 
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ZDSyntaxHighlightedTextView::updateGutterWidth);
@@ -120,7 +88,8 @@ ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
 
     createActions();
     setUserDefaults(ZDUserDefaults::standardUserDefaults());
-    setColors(m_colors);
+    if (!m_theme)
+        applyTheme(ZDEditorTheme::themeNamed(QStringLiteral("Xcode")));
     updateGutterWidth();
 }
 
@@ -131,9 +100,11 @@ void ZDSyntaxHighlightedTextView::setUserDefaults(ZDUserDefaults *defaults)
     if (m_defaults)
         disconnect(m_defaults, nullptr, this, nullptr);
     m_defaults = defaults;
-    if (m_defaults)
+    if (m_defaults) {
+        ZDEditorTheme::registerWithDefaults(*m_defaults);
         connect(m_defaults, &ZDUserDefaults::valueChanged, this,
                 &ZDSyntaxHighlightedTextView::reloadDisplaySettings);
+    }
     reloadDisplaySettings();
 }
 
@@ -156,7 +127,19 @@ void ZDSyntaxHighlightedTextView::reloadDisplaySettings()
     setLineWrapMode(settings.useSoftWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));
+    const bool detectLinks = m_defaults && m_defaults->automaticLinkDetection();
+    const bool recolor = settings.showInvisibles != m_showInvisibles || detectLinks != m_detectLinks;
     m_showInvisibles = settings.showInvisibles;
+    m_detectLinks = detectLinks;
+    m_documentHighlighter->setShowInvisibles(m_showInvisibles);
+    m_documentHighlighter->setAutomaticLinkDetection(m_detectLinks);
+    if (m_defaults && m_themeFromPreferences) {
+        const auto theme = ZDEditorTheme::currentTheme(*m_defaults);
+        if (theme && (!m_theme || !theme->isEqual(*m_theme)))
+            applyTheme(theme);
+    }
+    if (recolor)
+        m_documentHighlighter->updateHighlightAsync();
     updateGutterWidth();
     viewport()->update();
 }
@@ -170,7 +153,6 @@ void ZDSyntaxHighlightedTextView::setColors(const ZDEditorColors &colors)
     palette.setColor(QPalette::Highlight, colors.selection);
     palette.setColor(QPalette::HighlightedText, colors.foreground);
     setPalette(palette);
-    m_highlighter->rehighlight();
     updateExtraSelections();
     m_gutter->update();
     viewport()->update();
@@ -181,57 +163,86 @@ QString ZDSyntaxHighlightedTextView::currentLexer() const
     return m_currentLexer.isEmpty() ? PlainTextLexer : m_currentLexer;
 }
 
-// Highlighting
+// Highlighting and theme
 
-void ZDSyntaxHighlightedTextView::setTokenColorProvider(std::function<QColor(const QString &)> provider)
+ZDEditorColors ZDSyntaxHighlightedTextView::colorsOfTheme(const ZDEditorTheme &theme)
 {
-    m_tokenColor = std::move(provider);
-    m_highlighter->rehighlight();
+    const auto mix = [&](double amount) {
+        const QColor back = theme.backgroundColor();
+        const QColor fore = theme.foregroundColor();
+        return QColor::fromRgbF(float(back.redF() + (fore.redF() - back.redF()) * amount),
+                                float(back.greenF() + (fore.greenF() - back.greenF()) * amount),
+                                float(back.blueF() + (fore.blueF() - back.blueF()) * amount));
+    };
+    ZDEditorColors colors;
+    colors.background = theme.backgroundColor();
+    colors.foreground = theme.foregroundColor();
+    colors.caret = theme.caretColor();
+    colors.selection = theme.selectedTextBackgroundColor();
+    colors.invisibles = theme.invisibleCharacterColor();
+    colors.gutterText = theme.gutterTextColor();
+    colors.gutterBackground = mix(0.035);
+    colors.currentLine = mix(0.05);
+    return colors;
 }
 
-QColor ZDSyntaxHighlightedTextView::colorForTokenClass(const QString &tokenClass) const
+void ZDSyntaxHighlightedTextView::setTheme(std::shared_ptr<const ZDEditorTheme> theme)
 {
-    return m_tokenColor ? m_tokenColor(tokenClass) : QColor();
+    m_themeFromPreferences = !theme;
+    if (!theme && m_defaults)
+        theme = ZDEditorTheme::currentTheme(*m_defaults);
+    if (theme)
+        applyTheme(std::move(theme));
 }
 
-void ZDSyntaxHighlightedTextView::setHighlightRules(const QList<ZDHighlightRule> &rules)
+void ZDSyntaxHighlightedTextView::applyTheme(std::shared_ptr<const ZDEditorTheme> theme)
 {
-    m_rules = rules;
-    std::stable_sort(m_rules.begin(), m_rules.end(),
-                     [](const auto &a, const auto &b) { return a.begin < b.begin; });
-    m_highlighter->rehighlight();
+    if (!theme)
+        return;
+    m_theme = std::move(theme);
+    setColors(colorsOfTheme(*m_theme));
+    m_documentHighlighter->setPalette(zdHighlightPaletteOfTheme(m_theme));
 }
 
-void ZDSyntaxHighlightedTextView::setHighlightRules(int start, int length,
-                                                    const QList<ZDHighlightRule> &rules)
+void ZDSyntaxHighlightedTextView::setHighlighter(ZDHighlighter *highlighter)
 {
-    const int end = start + length;
-    m_rules.removeIf(
-        [&](const ZDHighlightRule &rule) { return rule.begin < end && rule.begin + rule.length > start; });
-    m_rules.append(rules);
-    std::stable_sort(m_rules.begin(), m_rules.end(),
-                     [](const auto &a, const auto &b) { return a.begin < b.begin; });
-    for (QTextBlock block = document()->findBlock(start); block.isValid() && block.position() <= end;
-         block = block.next())
-        m_highlighter->rehighlightBlock(block);
+    if (highlighter == m_highlighter)
+        return;
+    m_highlighter = highlighter;
+    delete m_documentHighlighter;
+    m_documentHighlighter = new ZDDocumentHighlighter(document(), highlighter, this);
+    m_documentHighlighter->setCurrentLexer(m_currentLexer);
+    m_documentHighlighter->setShowInvisibles(m_showInvisibles);
+    m_documentHighlighter->setAutomaticLinkDetection(m_detectLinks);
+    if (m_theme)
+        m_documentHighlighter->setPalette(zdHighlightPaletteOfTheme(m_theme));
+    m_documentHighlighter->updateHighlightAsync();
 }
 
-void ZDSyntaxHighlightedTextView::shiftRules(int position, int removed, int added)
+void ZDSyntaxHighlightedTextView::setCurrentLexer(const QString &lexer)
 {
-    const int removedEnd = position + removed;
-    const int delta = added - removed;
-    QList<ZDHighlightRule> shifted;
-    shifted.reserve(m_rules.size());
-    for (ZDHighlightRule rule : std::as_const(m_rules)) {
-        const int end = rule.begin + rule.length;
-        const int newBegin = rule.begin < position
-                                 ? rule.begin
-                                 : (rule.begin >= removedEnd ? rule.begin + delta : position + added);
-        const int newEnd = end <= position ? end : (end >= removedEnd ? end + delta : position);
-        if (newEnd > newBegin)
-            shifted.append({newBegin, newEnd - newBegin, rule.tokenClass});
-    }
-    m_rules = std::move(shifted);
+    if (lexer == m_currentLexer)
+        return;
+    m_currentLexer = lexer;
+    m_documentHighlighter->setCurrentLexer(lexer);
+    m_documentHighlighter->updateHighlightAsync();
+}
+
+void ZDSyntaxHighlightedTextView::showText(const QString &text, const QString &lexer)
+{
+    // The text goes in as plain text first, so that only one highlighting pass runs.
+    m_currentLexer.clear();
+    m_documentHighlighter->setCurrentLexer(QString());
+    setPlainText(text);
+    m_currentLexer = lexer;
+    m_documentHighlighter->setCurrentLexer(lexer);
+    m_documentHighlighter->updateHighlightAsync();
+}
+
+QColor ZDSyntaxHighlightedTextView::colorAt(int index) const
+{
+    const QColor color = m_documentHighlighter->colorAt(index);
+    return color.isValid() ? color : m_colors.foreground;
 }
 
 // Editing
@@ -250,7 +261,6 @@ void ZDSyntaxHighlightedTextView::documentContentsChanged(int position, int remo
     // and announces the change itself.
     if (m_applyingEdit)
         return;
-    shiftRules(position, removed, added);
     Q_EMIT textDidChange(position, std::min(removed, originalLength - position), originalLength,
                          std::min(added, length - position));
 }
@@ -266,7 +276,6 @@ bool ZDSyntaxHighlightedTextView::applyEdit(const ZDTextEdit &edit)
         for (auto it = edit.replacements.crbegin(); it != edit.replacements.crend(); ++it) {
             cursor.setPosition(it->range.location);
             cursor.setPosition(it->range.end(), QTextCursor::KeepAnchor);
-            shiftRules(it->range.location, it->range.length, int(it->text.size()));
             if (it->text.isEmpty())
                 cursor.removeSelectedText();
             else

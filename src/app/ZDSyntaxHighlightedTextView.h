@@ -2,7 +2,6 @@
 
 #include "ZDEditorColors.h"
 #include "ZDEditorSettings.h"
-#include "ZDHighlightRule.h"
 #include "ZDTextEdit.h"
 
 #include <QHash>
@@ -11,15 +10,21 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class QTimer;
+class ZDDocumentHighlighter;
+class ZDEditorTheme;
+class ZDHighlighter;
 class ZDUserDefaults;
-class ZDRuleHighlighter;
 
 /// The code editor of a snippet part. Each command reads the settings afresh, computes its edit
 /// with the pure commands of the editor library and applies it as one undo step carrying the
-/// command's name. Highlighting arrives from outside as token rules, coloured through a
-/// function the window installs; every change of the text is announced with `textDidChange`.
+/// command's name. Every change of the text is announced with `textDidChange`.
+///
+/// The view hosts a ZDDocumentHighlighter on its document: the text is coloured with the lexer
+/// of the part through the highlighter bridge, in the colours of the editor theme. The theme,
+/// font and display settings follow the preferences live unless a theme is set explicitly.
 class ZDSyntaxHighlightedTextView : public QPlainTextEdit
 {
     Q_OBJECT
@@ -39,21 +44,26 @@ public:
 
     void setColors(const ZDEditorColors &colors);
     const ZDEditorColors &colors() const { return m_colors; }
+    /// The editor colours of a theme: its background, text, caret, selection, invisibles and gutter.
+    static ZDEditorColors colorsOfTheme(const ZDEditorTheme &theme);
+
+    /// Colours the text and the view with `theme`; a null theme follows the preference
+    /// "User EditorTheme" again (the default).
+    void setTheme(std::shared_ptr<const ZDEditorTheme> theme);
+    std::shared_ptr<const ZDEditorTheme> theme() const { return m_theme; }
+
+    /// The bridge the text is highlighted through; null colours plain text only.
+    void setHighlighter(ZDHighlighter *highlighter);
+    ZDDocumentHighlighter *documentHighlighter() const { return m_documentHighlighter; }
+    /// Replaces the text (clearing the undo history) and highlights it with `lexer`.
+    void showText(const QString &text, const QString &lexer);
 
     void setTextViewRole(int role) { m_textViewRole = role; }
     int textViewRole() const { return m_textViewRole; }
-    /// The Pygments lexer of the edited part ("TextLexer" when none is set).
-    void setCurrentLexer(const QString &lexer) { m_currentLexer = lexer; }
+    /// The Pygments lexer of the edited part ("TextLexer" when none is set); a new lexer
+    /// highlights the whole text again.
+    void setCurrentLexer(const QString &lexer);
     QString currentLexer() const;
-
-    /// Maps a token class to its colour (the theme's colour lookup); without one, text keeps the
-    /// foreground colour.
-    void setTokenColorProvider(std::function<QColor(const QString &)> provider);
-    /// Replaces the rules that touch [start, start + length) by `rules` and repaints that stretch.
-    void setHighlightRules(int start, int length, const QList<ZDHighlightRule> &rules);
-    /// Replaces all rules.
-    void setHighlightRules(const QList<ZDHighlightRule> &rules);
-    const QList<ZDHighlightRule> &highlightRules() const { return m_rules; }
 
     /// Applies an edit as one undo step named after its action and selects its selection.
     /// Returns false when the edit changes nothing and only moves the selection.
@@ -97,7 +107,8 @@ public Q_SLOTS:
     void insertMarkdownTable(int rows, int columns);
     /// Shows the opening bracket that matches the closing one at `index` for a moment.
     void showMatchingBracketForClosingBracketAt(int index);
-    /// Re-reads the display settings (font, tab width, soft wrap, invisibles).
+    /// Re-reads the display settings (theme, font, tab width, soft wrap, invisibles, link
+    /// detection).
     void reloadDisplaySettings();
 
 Q_SIGNALS:
@@ -116,7 +127,6 @@ protected:
 
 private:
     friend class ZDLineNumberGutter;
-    friend class ZDRuleHighlighter;
 
     bool runCommand(const ZDTextEditResult &edit);
     bool typeText(const QString &typed);
@@ -125,7 +135,7 @@ private:
     void addEditorAction(const QString &identifier, const QString &title, const QKeySequence &shortcut,
                          std::function<void()> handler);
     void documentContentsChanged(int position, int removed, int added);
-    void shiftRules(int position, int removed, int added);
+    void applyTheme(std::shared_ptr<const ZDEditorTheme> theme);
     void recordUndoStep();
     void notifyUndoActionNames();
     void updateExtraSelections();
@@ -133,17 +143,19 @@ private:
     void paintGutter(QPaintEvent *event);
     void paintInvisibles(QPainter &painter, const QRect &area);
     void paintCaret(QPainter &painter);
-    QColor colorForTokenClass(const QString &tokenClass) const;
+    QColor colorAt(int index) const;
 
     QPointer<ZDUserDefaults> m_defaults;
     ZDEditorColors m_colors;
     int m_textViewRole = 0;
     QString m_currentLexer;
     bool m_showInvisibles = false;
+    bool m_detectLinks = false;
 
-    std::function<QColor(const QString &)> m_tokenColor;
-    QList<ZDHighlightRule> m_rules;
-    ZDRuleHighlighter *m_highlighter = nullptr;
+    std::shared_ptr<const ZDEditorTheme> m_theme;
+    bool m_themeFromPreferences = true;
+    ZDHighlighter *m_highlighter = nullptr;
+    ZDDocumentHighlighter *m_documentHighlighter = nullptr;
 
     struct UndoStep
     {

@@ -140,16 +140,9 @@ QString ZDSyntaxHighlightedTextView::selectionAsHtml() const
 {
     const ZDTextRange range = selectedRange();
     const QString text = toPlainText().mid(range.location, range.length);
-    QList<QColor> colors(text.size(), m_colors.foreground);
-    for (const ZDHighlightRule &rule : m_rules) {
-        const QColor color = colorForTokenClass(rule.tokenClass);
-        if (!color.isValid())
-            continue;
-        const int start = std::max(int(rule.begin), range.location);
-        const int end = std::min(int(rule.begin + rule.length), range.end());
-        for (int i = start; i < end; ++i)
-            colors[i - range.location] = color;
-    }
+    QList<QColor> colors(text.size());
+    for (int i = 0; i < text.size(); ++i)
+        colors[i] = colorAt(range.location + i);
     QString html =
         QStringLiteral(
             "<html><body style=\"background-color:%1;\"><pre style=\"background-color:%1; color:%2; "

@@ -1,7 +1,10 @@
 // The code editor widget: keys and commands edit the text as one named undo step each.
+#include "ZDEditorTheme.h"
+#include "ZDHighlighter.h"
 #include "ZDMarkdownCommands.h"
 #include "ZDMarkdownInsertSheet.h"
 #include "ZDSyntaxHighlightedTextView.h"
+#include "ZDTestSupport.h"
 #include "ZDUserDefaults.h"
 
 #include <QApplication>
@@ -61,6 +64,17 @@ void press(QWidget &view, const QString &keys)
         else
             QTest::keyClicks(&view, QString(c));
     }
+}
+
+// The colour the view draws the character at `index` in.
+QColor drawnColor(const QPlainTextEdit &view, int index)
+{
+    const QTextBlock block = view.document()->findBlock(index);
+    const int offset = index - block.position();
+    for (const QTextLayout::FormatRange &range : block.layout()->formats())
+        if (offset >= range.start && offset < range.start + range.length)
+            return range.format.foreground().color();
+    return {};
 }
 
 } // namespace
@@ -275,7 +289,7 @@ private Q_SLOTS:
     {
         setMarkedText(*m_view, QStringLiteral("ab\n  «c»\nd"));
         QSignalSpy spy(m_view.get(), &ZDSyntaxHighlightedTextView::textDidChange);
-        m_view->setHighlightRules({{0, 2, QStringLiteral("Token.Keyword")}});
+        m_view->setTheme(ZDEditorTheme::themeNamed(QStringLiteral("Monokai"))); // recolours only
         QCOMPARE(spy.count(), 0);
 
         m_view->shiftRight(); // 2 spaces become 4 at index 3
@@ -287,30 +301,41 @@ private Q_SLOTS:
         QCOMPARE(spy.takeFirst(), (QVariantList{7, 1, 10, 1}));
     }
 
-    void highlightRulesColourTextAndFollowEdits()
+    void textIsColouredInTheThemeAndFollowsEditsAndPreferences()
     {
+        ZDHighlighter bridge(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors"));
+        QVERIFY(bridge.isLoaded());
+        m_defaults->setEditorTheme(QStringLiteral("Xcode"));
+        m_view->setHighlighter(&bridge);
+        m_view->showText(QStringLiteral("def f():\n    return 'x'\n"), QStringLiteral("PythonLexer"));
         const QColor keyword(0xB8, 0x33, 0xA1);
-        m_view->setTokenColorProvider([&](const QString &type) {
-            return type.startsWith(QLatin1String("Token.Keyword")) ? keyword : QColor();
-        });
-        setMarkedText(*m_view, QStringLiteral("«»int x"));
-        m_view->setHighlightRules({{0, 3, QStringLiteral("Token.Keyword")}});
-        press(*m_view, QStringLiteral("  "));
-        QCOMPARE(m_view->highlightRules().size(), 1);
-        QCOMPARE(m_view->highlightRules().constFirst().begin, 2);
+        QCOMPARE(drawnColor(*m_view, 0), keyword);     // def
+        QCOMPARE(drawnColor(*m_view, 13), keyword);    // return
+        QCOMPARE(drawnColor(*m_view, 20), QColor(0xCF, 0x31, 0x25)); // 'x'
 
-        const QList<QTextLayout::FormatRange> formats = m_view->document()->firstBlock().layout()->formats();
-        QVERIFY(std::any_of(formats.cbegin(), formats.cend(), [&](const QTextLayout::FormatRange &range) {
-            return range.start == 2 && range.length == 3 && range.format.foreground().color() == keyword;
-        }));
-        m_view->setSelectedRange({7, 0});
-        m_view->insertTab(); // a command in the same line keeps the rules before it
-        QCOMPARE(m_view->highlightRules().size(), 1);
-        QCOMPARE(m_view->highlightRules().constFirst().length, 3);
+        setMarkedText(*m_view, QStringLiteral("def f():\n    «»return 'x'\n"));
+        press(*m_view, QStringLiteral("# "));
+        QCOMPARE(drawnColor(*m_view, 17), QColor(0x00, 0x83, 0x12)); // now inside a comment
+        QCOMPARE(drawnColor(*m_view, 0), keyword);
 
+        // A theme chosen in the preferences applies at once, to the text and to the view.
+        m_defaults->setEditorTheme(QStringLiteral("Monokai"));
+        const auto monokai = ZDEditorTheme::themeNamed(QStringLiteral("Monokai"));
+        QCOMPARE(m_view->palette().color(QPalette::Base), monokai->backgroundColor());
+        QCOMPARE(drawnColor(*m_view, 0), monokai->colorForType(QStringLiteral("Token.Keyword")));
         m_view->selectAll();
-        QVERIFY(
-            m_view->selectionAsHtml().contains(QStringLiteral("<span style=\"color:#b833a1;\">int</span>")));
+        const QString html = m_view->selectionAsHtml();
+        QVERIFY(html.contains(QStringLiteral("background-color:%1").arg(monokai->backgroundColor().name())));
+        QVERIFY(html.contains(QStringLiteral("<span style=\"color:%1;\">def</span>")
+                                  .arg(monokai->colorForType(QStringLiteral("Token.Keyword")).name())));
+
+        // An explicit theme is kept until the preference is followed again.
+        m_view->setTheme(ZDEditorTheme::themeNamed(QStringLiteral("Xcode")));
+        m_defaults->setEditorTheme(QStringLiteral("Dusk"));
+        QCOMPARE(m_view->theme()->name(), QStringLiteral("Xcode"));
+        m_view->setTheme(nullptr);
+        QCOMPARE(m_view->theme()->name(), QStringLiteral("Dusk"));
+        m_view->setHighlighter(nullptr); // the bridge goes before the view
     }
 
     void copyCarriesTheThemeBackground()

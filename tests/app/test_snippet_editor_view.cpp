@@ -1,0 +1,257 @@
+// The snippet editor pane: edits reach the library store with their notices, and a snippet
+// announced again is reloaded only when it changed.
+#include "ZDCoreServices.h"
+#include "ZDDataCenter.h"
+#include "ZDLanguageChooser.h"
+#include "ZDLanguageRegistry.h"
+#include "ZDMulticastDelegateHandler.h"
+#include "ZDSnippet.h"
+#include "ZDSnippetEditorView.h"
+#include "ZDSnippetPart.h"
+#include "ZDSyntaxHighlightedTextView.h"
+#include "ZDTag.h"
+#include "ZDTagTokenField.h"
+#include "ZDTestSupport.h"
+#include "ZDWriteTimer.h"
+#include "ZDUserDefaults.h"
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScrollBar>
+#include <QTabBar>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+struct Recorder : ZDLibraryListener
+{
+    QStringList notices;
+    QList<QObject *> senders;
+    void note(const char *name, QObject *sender)
+    {
+        notices.append(QString::fromLatin1(name));
+        senders.append(sender);
+    }
+    void snippetTitleDidChange(QObject *s, const ZDSnippetPtr &) override { note("title", s); }
+    void snippetContentDidChange(QObject *s, const ZDSnippetPtr &) override { note("content", s); }
+    void snippetsTagsDidChange(QObject *s, const ZDSnippetList &) override { note("tags", s); }
+    void snippetsLanguageDidChange(QObject *s, const ZDSnippetList &) override { note("language", s); }
+    void applicationDidFinishInitializing(QObject *) override { notices.append(QStringLiteral("marker")); }
+};
+
+QStringList partTitles(const ZDSnippet &snippet)
+{
+    QStringList titles;
+    for (const ZDSnippetPartPtr &part : snippet.parts())
+        titles.append(part->title());
+    return titles;
+}
+} // namespace
+
+class TestSnippetEditorView : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<ZDCoreServices> m_services;
+    QTemporaryDir m_dir;
+    std::unique_ptr<ZDDataCenter> m_center;
+    std::unique_ptr<ZDSnippetEditorView> m_view;
+    Recorder m_recorder;
+    ZDSnippetPtr m_snippet;
+
+    QString packagePath() const { return m_dir.filePath(QStringLiteral("main.zandriolibrary")); }
+
+    std::unique_ptr<ZDDataCenter> openCenter()
+    {
+        ZDDataCenter::Options options;
+        options.packagePath = packagePath();
+        options.defaults = &m_services->defaults();
+        options.watchForExternalChanges = false;
+        return std::make_unique<ZDDataCenter>(std::move(options));
+    }
+
+    // Notices arrive asynchronously; a marker posted last shows that the earlier ones are in.
+    void deliverNotices()
+    {
+        ZDMulticastDelegateHandler::globalHandler().noteApplicationInitialized(nullptr);
+        QVERIFY(ZDTestSupport::waitFor([&] { return m_recorder.notices.contains(QStringLiteral("marker")); }));
+        m_recorder.notices.removeAll(QStringLiteral("marker"));
+        QTest::qWait(20);
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_services = std::make_unique<ZDCoreServices>();
+        ZDMulticastDelegateHandler::globalHandler().addDelegate(&m_recorder);
+    }
+
+    void init()
+    {
+        QDir(packagePath()).removeRecursively();
+        m_center = openCenter();
+        ZDDataCenter::install(m_center.get());
+        m_center->setTags({std::make_shared<ZDTag>(QStringLiteral("cafe"))});
+        m_snippet = ZDSnippet::create(QStringLiteral("Greeting"));
+        m_snippet->parts().constFirst()->setContent(QStringLiteral("line one\nline two\nline three\n"));
+        m_center->addSnippet(m_snippet);
+        m_view = std::make_unique<ZDSnippetEditorView>(m_center.get(), nullptr);
+        m_view->resize(700, 500);
+        m_view->setSnippet(m_snippet);
+        deliverNotices();
+        m_recorder.notices.clear();
+        m_recorder.senders.clear();
+    }
+
+    void cleanup()
+    {
+        m_view.reset();
+        ZDDataCenter::install(nullptr);
+        m_center.reset();
+    }
+
+    void cleanupTestCase() { ZDMulticastDelegateHandler::globalHandler().removeDelegate(&m_recorder); }
+
+    void editsReachTheStoreWithTheirNotices()
+    {
+        m_view->titleField()->setFocus();
+        m_view->titleField()->selectAll();
+        QTest::keyClicks(m_view->titleField(), QStringLiteral("Hello"));
+        QTest::keyClick(m_view->titleField(), Qt::Key_Return);
+        QCOMPARE(m_snippet->title(), QStringLiteral("Hello"));
+
+        // Typed tags become tokens; an equivalent name reuses the library's tag.
+        m_view->tagsField()->lineEdit()->setText(QStringLiteral("Caf\u00e9"));
+        QTest::keyClicks(m_view->tagsField()->lineEdit(), QStringLiteral(",shell"));
+        QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Return);
+        QCOMPARE(m_view->tagsField()->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
+        QCOMPARE(m_center->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
+        QCOMPARE(m_snippet->tagsCount(), 2);
+        QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Backspace); // removes the last token
+        QCOMPARE(m_snippet->tagNames(), QStringList{QStringLiteral("cafe")});
+
+        m_view->addPart();
+        m_view->renamePart(1, QStringLiteral("setup.py"));
+        m_view->addPart();
+        QCOMPARE(partTitles(*m_snippet),
+                 (QStringList{QStringLiteral("Fragment"), QStringLiteral("setup.py"), QStringLiteral("Fragment 2")}));
+        m_view->partBar()->moveTab(2, 0);
+        QCOMPARE(partTitles(*m_snippet).constFirst(), QStringLiteral("Fragment 2"));
+        m_view->removePartAt(0);
+        QCOMPARE(m_snippet->partsCount(), 2);
+        m_view->removePartAt(0);
+        m_view->removePartAt(0); // the last part stays
+        QCOMPARE(partTitles(*m_snippet), QStringList{QStringLiteral("setup.py")});
+
+        const ZDLanguage python = ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer"));
+        Q_EMIT m_view->languageChooser()->languageChosen(python);
+        QCOMPARE(m_snippet->parts().constFirst()->language(), python);
+        QCOMPARE(m_view->codeView()->currentLexer(), QStringLiteral("PythonLexer"));
+
+        // Typing changes the record at once; the notice follows the pause.
+        m_view->codeView()->setFocus();
+        QTest::keyClicks(m_view->codeView(), QStringLiteral("import os"));
+        QCOMPARE(m_snippet->parts().constFirst()->content(), QStringLiteral("import os"));
+        deliverNotices();
+        QVERIFY(!m_recorder.notices.isEmpty());
+        const qsizetype before = m_recorder.notices.count(QStringLiteral("content"));
+        m_view->commitPendingText();
+        deliverNotices();
+        QCOMPARE(m_recorder.notices.count(QStringLiteral("content")), before + 1);
+        for (const QString &kind : {QStringLiteral("title"), QStringLiteral("tags"), QStringLiteral("language")})
+            QVERIFY2(m_recorder.notices.contains(kind), qPrintable(kind));
+        QVERIFY(std::all_of(m_recorder.senders.cbegin(), m_recorder.senders.cend(),
+                            [&](QObject *sender) { return sender == m_view.get(); }));
+
+        // What the pane changed is what the library writes.
+        QVERIFY(m_center->save());
+        m_view.reset();
+        ZDDataCenter::install(nullptr);
+        m_center.reset();
+        m_center = openCenter();
+        const ZDSnippetPtr saved = m_center->snippetWithUUID(m_snippet->UUID());
+        QVERIFY(saved);
+        QVERIFY(saved->isIdentical(m_snippet.get()));
+    }
+
+    void reloadsOnlyWhenTheSnippetChanged()
+    {
+        ZDSyntaxHighlightedTextView *code = m_view->codeView();
+        code->setSelectedRange({8, 0});
+        QTest::keyClicks(code, QStringLiteral("!"));
+        QCOMPARE(code->toPlainText(), QStringLiteral("line one!\nline two\nline three\n"));
+        m_view->commitPendingText();
+        deliverNotices(); // the pane's own notice
+        QCOMPARE(code->selectedRange().location, 9);
+        QVERIFY(code->document()->isUndoAvailable());
+
+        // Announced by someone else without a change, or as another object with the same content:
+        // nothing is reset, not even a title being typed.
+        m_view->titleField()->setFocus();
+        m_view->titleField()->setText(QString());
+        QTest::keyClicks(m_view->titleField(), QStringLiteral("Draft"));
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(m_snippet, nullptr);
+        const ZDSnippetPtr copy = std::make_shared<ZDSnippet>(
+            m_snippet->title(), m_snippet->UUID(), m_snippet->folderUUID(), m_snippet->tagUUIDs(), QString(),
+            QString(), QString(), m_snippet->parts(), m_snippet->dateCreated(), m_snippet->dateModified());
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetTitleChanged(copy, nullptr);
+        deliverNotices();
+        QCOMPARE(m_view->titleField()->text(), QStringLiteral("Draft"));
+        QCOMPARE(code->selectedRange().location, 9);
+        QVERIFY(code->document()->isUndoAvailable());
+        QCOMPARE(m_view->snippet(), copy); // edits go to the object the store holds now
+
+        // Changed elsewhere: the pane shows the new state.
+        copy->parts().constFirst()->setContent(QStringLiteral("rewritten"));
+        copy->setTitle(QStringLiteral("Renamed"));
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(copy, nullptr);
+        deliverNotices();
+        QCOMPARE(code->toPlainText(), QStringLiteral("rewritten"));
+        QCOMPARE(m_view->titleField()->text(), QStringLiteral("Renamed"));
+        QVERIFY(!code->document()->isUndoAvailable());
+
+        // Another snippet's notice is none of the pane's business; its removal empties the pane.
+        const ZDSnippetPtr other = ZDSnippet::create(QStringLiteral("Other"));
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(other, nullptr);
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetsRemoved({other}, nullptr);
+        deliverNotices();
+        QCOMPARE(m_view->snippet(), copy);
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetsRemoved({m_snippet}, nullptr);
+        deliverNotices();
+        QVERIFY(!m_view->snippet());
+    }
+
+    void languageChooserOffersActiveLanguagesFirst()
+    {
+        ZDLanguageRegistry &registry = *ZDLanguageRegistry::shared();
+        m_services->defaults().setActiveLanguageIdentifiers(
+            {QStringLiteral("PythonLexer"), QStringLiteral("BashLexer"), QStringLiteral("NoSuchLexer")});
+        int active = 0;
+        const QList<ZDLanguage> all = ZDLanguageChooser::offeredLanguages(registry, QString(), &active);
+        QCOMPARE(active, 2);
+        QCOMPARE(all.at(0).identifier(), QStringLiteral("BashLexer"));
+        QCOMPARE(all.at(1).identifier(), QStringLiteral("PythonLexer"));
+        QCOMPARE(all.size(), registry.availableLanguages().size());
+
+        // Searching matches names and aliases; Return takes the first match, arrows skip headings.
+        m_view->show();
+        ZDLanguagePopup *popup = m_view->languageChooser()->showPopup();
+        QTest::keyClicks(popup->searchField(), QStringLiteral("py"));
+        const QList<ZDLanguage> shown = popup->shownLanguages();
+        QVERIFY(!shown.isEmpty());
+        QCOMPARE(shown.constFirst().identifier(), QStringLiteral("PythonLexer"));
+        QVERIFY(std::all_of(shown.cbegin(), shown.cend(), [](const ZDLanguage &language) {
+            return language.displayName().contains(QStringLiteral("py"), Qt::CaseInsensitive) ||
+                   language.aliases().join(QLatin1Char(' ')).contains(QStringLiteral("py"), Qt::CaseInsensitive);
+        }));
+        QTest::keyClick(popup->searchField(), Qt::Key_Down);
+        QTest::keyClick(popup->searchField(), Qt::Key_Down);
+        const QString expected = popup->list()->currentItem()->text();
+        QVERIFY(popup->list()->currentItem()->flags() & Qt::ItemIsEnabled);
+        QTest::keyClick(popup->searchField(), Qt::Key_Return);
+        QCOMPARE(m_snippet->parts().constFirst()->language().displayName(), expected);
+    }
+};
+
+QTEST_MAIN(TestSnippetEditorView)
+#include "test_snippet_editor_view.moc"
