@@ -145,7 +145,9 @@ int zdApplicationMain(int argc, char *argv[], const ZDApplicationHooks &hooks)
         assembly.handleArguments(parser.positionalArguments());
 
     QObject::connect(&app, &QApplication::aboutToQuit, [&] {
-        // Nothing written yet is lost: wait for the store's queue before the process ends.
+        // Nothing written yet is lost: the editor's last typing goes to the store, and the
+        // store's queue is waited for before the process ends.
+        assembly.commitEdits();
         if (center && center->hasPendingChanges()) {
             center->enqueueWriteOperationIfNeeded();
             center->waitUntilAllOperationsAreFinished();

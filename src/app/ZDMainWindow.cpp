@@ -295,11 +295,15 @@ void ZDMainWindow::setEditorWidget(QWidget *editor, std::function<void(const ZDS
 {
     if (m_editor) {
         m_editorStack->removeWidget(m_editor);
-        m_editor->deleteLater();
+        if (editor)
+            m_editor->deleteLater();
+        else
+            delete m_editor; // shutting down: the editor goes before the library does
     }
     m_editor = editor;
     m_showSnippet = std::move(showSnippet);
-    m_editorStack->addWidget(editor);
+    if (editor)
+        m_editorStack->addWidget(editor);
     m_shownSnippet.reset();
     showSelectedSnippets();
 }

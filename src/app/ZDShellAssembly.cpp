@@ -5,6 +5,8 @@
 #include "ZDWriteTimer.h"
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDPreferencesWindow.h"
+#include "ZDSnippetEditorView.h"
 #include "ZDSearchEngine.h"
 #include "ZDUserDefaults.h"
 
@@ -47,10 +49,32 @@ void ZDShellAssembly::setHighlighter(ZDHighlighter *highlighter)
 
 void ZDShellAssembly::assembleEditor()
 {
+    if (m_editor || !m_center || !m_highlighter || !m_center->dataCenterHasValidLibrary())
+        return;
+    m_editor = new ZDSnippetEditorView(m_center, m_highlighter);
+    QPointer<ZDSnippetEditorView> editor = m_editor;
+    m_window.setEditorWidget(m_editor, [editor](const ZDSnippetPtr &snippet) {
+        if (editor)
+            editor->setSnippet(snippet);
+    });
+}
+
+void ZDShellAssembly::commitEdits()
+{
+    if (m_editor)
+        m_editor->commitPendingText();
 }
 
 void ZDShellAssembly::showPreferences()
 {
+    if (!m_preferences) {
+        auto *window = new ZDPreferencesWindow(&m_defaults);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        m_preferences = window;
+    }
+    m_preferences->show();
+    m_preferences->raise();
+    m_preferences->activateWindow();
 }
 
 void ZDShellAssembly::handleArguments(const QStringList &arguments)
@@ -69,6 +93,8 @@ void ZDShellAssembly::handleArguments(const QStringList &arguments)
 void ZDShellAssembly::shutDown()
 {
     delete m_preferences;
+    commitEdits();
+    m_window.setEditorWidget(nullptr, {});
     m_window.setSearchServices(nullptr, nullptr);
     m_window.setDataCenter(nullptr);
     m_notifier.removeDelegate(&m_window);

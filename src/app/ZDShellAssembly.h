@@ -12,6 +12,7 @@ class ZDHighlighter;
 class ZDMainWindow;
 class ZDMulticastDelegateHandler;
 class ZDSearchEngine;
+class ZDSnippetEditorView;
 class ZDUserDefaults;
 
 /// Puts the program together as its parts arrive: the library store with the search engine
@@ -29,6 +30,8 @@ public:
     void setHighlighter(ZDHighlighter *highlighter);
     /// Arguments of this start or of a later one: "zandrio://snippet/<UUID>" shows that snippet.
     void handleArguments(const QStringList &arguments);
+    /// Hands the editor's typing since its last pause to the store (before the store writes).
+    void commitEdits();
     /// Drops every window part that uses the store, before the store goes.
     void shutDown();
 
@@ -43,6 +46,7 @@ private:
     ZDHighlighter *m_highlighter = nullptr;
     QStringList m_pendingArguments;
     QPointer<QWidget> m_preferences;
+    QPointer<ZDSnippetEditorView> m_editor;
     std::unique_ptr<ZDSearchEngine> m_engine;
     std::unique_ptr<ZDCoreIndex> m_counts;
 };
