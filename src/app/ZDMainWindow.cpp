@@ -150,7 +150,7 @@ void ZDMainWindow::buildLayout()
     m_sidebar->setMinimumWidth(150);
     middle->setMinimumWidth(220);
     m_editorStack->setMinimumWidth(300);
-    m_splitter->setSizes({220, 320, 660});
+    m_splitter->setSizes({250, 320, 630});
     setCentralWidget(m_splitter);
 }
 
@@ -194,7 +194,7 @@ void ZDMainWindow::buildMenus()
     preferences->setMenuRole(QAction::PreferencesRole);
 
     QMenu *view = menuBar()->addMenu(tr("&View"));
-    QAction *showSidebar = view->addAction(tr("Show &Sidebar"));
+    QAction *showSidebar = view->addAction(tr("&Sidebar"));
     showSidebar->setCheckable(true);
     showSidebar->setChecked(m_defaults.showSidebar());
     showSidebar->setShortcut(QKeySequence(tr("Ctrl+Alt+S")));

@@ -3,6 +3,7 @@
 #include "ZDEditorTheme.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QListWidget>
 #include <QMimeData>
@@ -92,13 +93,14 @@ public:
         QStyleOptionViewItem opt = option;
         initStyleOption(&opt, index);
         const QString count = index.data(kCountRole).toString();
-        opt.text.clear();
-        QStyledItemDelegate::paint(painter, opt, index);
+        QStyle *style = opt.widget ? opt.widget->style() : QApplication::style();
+        style->drawPrimitive(QStyle::PE_PanelItemViewItem, &opt, painter, opt.widget);
         const bool selected = opt.state & QStyle::State_Selected;
         QRect area = opt.rect.adjusted(8, 0, -8, 0);
         painter->save();
         painter->setFont(opt.font);
-        painter->setPen(opt.palette.color(selected ? QPalette::HighlightedText : QPalette::Text));
+        painter->setPen(opt.palette.color(selected ? QPalette::HighlightedText
+                                                  : (index.flags() & Qt::ItemIsEnabled ? QPalette::Text : QPalette::PlaceholderText)));
         const QString text = index.data(Qt::DisplayRole).toString() + QStringLiteral("  ");
         painter->drawText(area, Qt::AlignVCenter | Qt::AlignLeft, text);
         area.setLeft(area.left() + opt.fontMetrics.horizontalAdvance(text));
@@ -140,8 +142,10 @@ ZDSearchView::ZDSearchView(QWidget *parent) : QTextEdit(parent)
 
     connect(document(), &QTextDocument::contentsChange, this, &ZDSearchView::contentsChanged);
     connect(this, &QTextEdit::cursorPositionChanged, this, [this] {
-        // Typing right after a token must not continue the token's format.
-        if (textCursor().charFormat().objectType() == kTokenObjectType)
+        // Typing right after a token must not continue the token's format. (With a selection
+        // this would reformat the selected text, tokens included.)
+        const QTextCursor cursor = textCursor();
+        if (!cursor.hasSelection() && cursor.charFormat().objectType() == kTokenObjectType)
             setCurrentCharFormat(QTextCharFormat());
         if (isCompletionVisible() && ZDSearchTokenSyntax::completionKeyword(toPlainText(), textCursor().position()).isNull())
             closeCompletion();
@@ -385,11 +389,13 @@ QMimeData *ZDSearchView::createMimeDataFromSelection() const
     const QString selected = cursor.selectedText();
     auto *mime = new QMimeData;
     if (selected == QString(ZDSearchTokenSyntax::tokenCharacter)) {
-        // A token by itself is copied as its display value; the format at the selection's end
-        // is the token's.
-        QTextCursor end(document());
-        end.setPosition(std::max(cursor.selectionStart(), cursor.selectionEnd()));
-        mime->setText(constraintOfFormat(end.charFormat()).constraintDisplayValue());
+        // A token by itself is copied as its display value.
+        const QTextBlock block = document()->findBlock(cursor.selectionStart());
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            if (fragment.contains(cursor.selectionStart()))
+                mime->setText(constraintOfFormat(fragment.charFormat()).constraintDisplayValue());
+        }
     } else {
         mime->setText(ZDSearchTokenSyntax::copiedText(selected));
     }

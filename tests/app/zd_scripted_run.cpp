@@ -89,7 +89,10 @@ void create(const QCommandLineParser &parser, ZDMainWindow &window, ZDDataCenter
     const ZDCategoryNodePtr folder = window.newFolder(kFolderTitle);
     check(folder && window.sidebar()->selectedNode() == folder, "a new folder is made and selected");
 
+    // Without a window manager nobody activates the window; keyboard shortcuts need that.
     window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window, 2000))
+        QApplication::setActiveWindow(&window);
     window.snippetList()->setFocus();
     QTest::keyClick(&window, Qt::Key_N, Qt::ControlModifier);
     check(ZDTestSupport::waitFor([&] { return center.snippets().size() == before + 1; }), "Ctrl+N makes a snippet");
