@@ -15,10 +15,12 @@
 #include "ZDSidebarModel.h"
 #include "ZDSidebarView.h"
 #include "ZDSnippet.h"
+#include "ZDSnippetEditorView.h"
 #include "ZDSnippetListModel.h"
 #include "ZDSnippetListView.h"
 #include "ZDTag.h"
 #include "ZDTestSupport.h"
+#include "ZDUserDefaults.h"
 #include "ZDWriteTimer.h"
 
 #include <QApplication>
@@ -174,7 +176,12 @@ void verify(const QCommandLineParser &parser, ZDMainWindow &window, ZDDataCenter
     check(ZDTestSupport::waitFor([&] { return window.snippetList()->listModel()->rowOfSnippet(snippet->UUID()) == 0; }),
           "the folder lists it");
     window.snippetList()->selectSnippet(snippet->UUID());
-    screenshot(parser, QStringLiteral("4-relaunched.png"));
+    screenshot(parser, QStringLiteral("4-relaunched-python.png"));
+    if (auto *editor = window.findChild<ZDSnippetEditorView *>()) {
+        check(ZDTestSupport::waitFor([&] { return editor->snippet() == snippet; }), "the editor shows the snippet");
+        editor->selectPart(1);
+        screenshot(parser, QStringLiteral("5-relaunched-markdown.png"));
+    }
     std::printf("scripted run: verified\n");
     QApplication::quit();
 }
@@ -187,9 +194,12 @@ int main(int argc, char *argv[])
     hooks.extraOptions = {QCommandLineOption(QStringLiteral("phase"), QStringLiteral("create or verify"), QStringLiteral("phase")),
                           QCommandLineOption(QStringLiteral("seed"), QStringLiteral("Make a library of <n> snippets first when none exists."),
                                              QStringLiteral("n")),
+                          QCommandLineOption(QStringLiteral("theme"), QStringLiteral("Use the editor theme <name>."), QStringLiteral("name")),
                           QCommandLineOption(QStringLiteral("screenshots"), QStringLiteral("Save screenshots (ImageMagick's import) in <folder>."),
                                              QStringLiteral("folder"))};
     hooks.beforeLoading = [](const QCommandLineParser &parser) {
+        if (parser.isSet(QStringLiteral("theme")))
+            ZDUserDefaults::standardUserDefaults()->setEditorTheme(parser.value(QStringLiteral("theme")));
         const int count = parser.value(QStringLiteral("seed")).toInt();
         const QString path = parser.value(QStringLiteral("library"));
         if (count <= 0 || path.isEmpty() || QFileInfo::exists(path))
