@@ -92,6 +92,10 @@ void ZDMainWindow::buildLayout()
                 if (m_actions)
                     m_actions->renameNode(node, title);
             });
+    connect(m_sidebar, &QTreeView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (const ZDCategoryNodePtr node = m_sidebarModel->nodeAtIndex(index); node && node->isSmartGroup())
+            editSmartGroup();
+    });
     connect(m_sidebarModel, &ZDSidebarModel::dropRequested, this, &ZDMainWindow::applyDrop, Qt::QueuedConnection);
 
     m_listModel = new ZDSnippetListModel(this);
@@ -168,6 +172,7 @@ void ZDMainWindow::buildMenus()
     QAction *newFolder = add(file, tr("New &Folder"), QKeySequence(tr("Ctrl+Shift+N")), [this] { this->newFolder(); });
     add(file, tr("New S&mart Group…"), QKeySequence(tr("Ctrl+Alt+N")), &ZDMainWindow::newSmartGroup);
     add(file, tr("New &Tag…"), QKeySequence(), &ZDMainWindow::newTag);
+    add(file, tr("&Edit Smart Group…"), QKeySequence(), &ZDMainWindow::editSmartGroup);
     file->addSeparator();
     add(file, tr("&Close Window"), QKeySequence::Close, [this] { close(); });
     add(file, tr("&Quit"), QKeySequence::Quit, [] { QApplication::quit(); });

@@ -110,6 +110,7 @@ private:
     void deleteSelection();
     void renameSelection();
     void newSmartGroup();
+    void editSmartGroup();
     void newTag();
     void copySnippets(bool cut);
     void pasteSnippets();

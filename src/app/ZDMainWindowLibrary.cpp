@@ -12,6 +12,7 @@
 #include "ZDSearchEngine.h"
 #include "ZDSearchView.h"
 #include "ZDSidebarModel.h"
+#include "ZDSmartGroupEditor.h"
 #include "ZDSidebarView.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetCollection.h"
@@ -295,19 +296,27 @@ void ZDMainWindow::newSmartGroup()
 {
     if (!m_actions)
         return;
-    bool ok = false;
-    const QString title = QInputDialog::getText(this, tr("New Smart Group"), tr("Name:"), QLineEdit::Normal,
-                                                tr("untitled smart group"), &ok);
-    if (!ok || title.trimmed().isEmpty())
+    ZDSmartGroupEditor editor(tr("untitled smart group"), QStringLiteral("title CONTAINS[cd] \"\""), this);
+    if (editor.exec() != QDialog::Accepted || editor.title().isEmpty())
         return;
-    const QString predicate = QInputDialog::getText(this, tr("New Smart Group"), tr("Snippets where:"),
-                                                    QLineEdit::Normal, QStringLiteral("title CONTAINS[cd] ''"), &ok);
-    if (!ok)
-        return;
-    if (ZDCategoryNodePtr group = m_actions->addSmartGroup(title.trimmed(), predicate)) {
+    if (ZDCategoryNodePtr group = m_actions->addSmartGroup(editor.title(), editor.predicateString())) {
         reloadSidebar();
         m_sidebar->selectNode(ZDCategoryNode::SmartGroup, group->UUID());
     }
+}
+
+void ZDMainWindow::editSmartGroup()
+{
+    const ZDCategoryNodePtr group = m_sidebar->selectedNode();
+    if (!m_actions || !group || !group->isSmartGroup())
+        return;
+    ZDSmartGroupEditor editor(group->title(), group->predicateString(), this);
+    if (editor.exec() != QDialog::Accepted)
+        return;
+    if (!editor.title().isEmpty() && editor.title() != group->title())
+        m_actions->renameNode(group, editor.title());
+    m_actions->setSmartGroupPredicate(group, editor.predicateString());
+    scheduleReload(true);
 }
 
 void ZDMainWindow::newTag()

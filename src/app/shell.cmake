@@ -7,6 +7,8 @@ target_sources(zdapp PRIVATE
     ${CMAKE_CURRENT_LIST_DIR}/ZDMainWindowLibrary.cpp
     ${CMAKE_CURRENT_LIST_DIR}/ZDSearchView.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSearchView.h
     ${CMAKE_CURRENT_LIST_DIR}/ZDShellAssembly.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDShellAssembly.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDSmartGroupEditor.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSmartGroupEditor.h
+    ${CMAKE_CURRENT_LIST_DIR}/ZDSmartGroupRows.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSmartGroupRows.h
     ${CMAKE_CURRENT_LIST_DIR}/ZDSingleInstance.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSingleInstance.h
     ${CMAKE_CURRENT_LIST_DIR}/ZDSidebarModel.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSidebarModel.h
     ${CMAKE_CURRENT_LIST_DIR}/ZDSidebarView.cpp ${CMAKE_CURRENT_LIST_DIR}/ZDSidebarView.h

@@ -11,3 +11,6 @@ set_target_properties(zd_scripted_run PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAK
 add_test(NAME app_scripted_run COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripted_run.sh $<TARGET_FILE:zd_scripted_run>)
 set_tests_properties(app_scripted_run PROPERTIES TIMEOUT 300)
 zd_add_test(test_app_search_view QTEST SOURCES test_search_view.cpp LIBS zdapp)
+zd_add_test(test_app_library_actions QTEST SOURCES test_library_actions.cpp LIBS zdapp)
+target_include_directories(test_app_library_actions PRIVATE ${CMAKE_SOURCE_DIR}/tests/store)
+zd_add_test(test_app_smart_group_rows QTEST SOURCES test_smart_group_rows.cpp LIBS zdapp)
