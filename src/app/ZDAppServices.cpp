@@ -61,7 +61,9 @@ bool ZDAlertOutdatedVersionResponder::continueWithNewerLibrary(const QString &pa
         QPushButton *go = box.addButton(continueButton, QMessageBox::DestructiveRole);
         box.setDefaultButton(close);
         box.exec();
-        return box.clickedButton() == go;
+        const bool goOn = box.clickedButton() == go;
+        m_closeRequested = !goOn;
+        return goOn;
     });
 }
 

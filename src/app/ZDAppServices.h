@@ -2,6 +2,8 @@
 
 #include "ZDOutdatedVersionResponder.h"
 
+#include <atomic>
+
 class ZDError;
 class QWidget;
 
@@ -12,6 +14,11 @@ class ZDAlertOutdatedVersionResponder : public ZDOutdatedVersionResponder
 {
 public:
     bool continueWithNewerLibrary(const QString &packageVersion, const QString &applicationVersion) override;
+    /// The user chose "Close Zandrio": the program ends without saving anything.
+    bool closeRequested() const { return m_closeRequested; }
+
+private:
+    std::atomic<bool> m_closeRequested{false};
 };
 
 namespace ZDAppServices {

@@ -106,6 +106,10 @@ int zdApplicationMain(int argc, char *argv[], const ZDApplicationHooks &hooks)
     ZDLibraryLoader loader;
     QObject::connect(&loader, &ZDLibraryLoader::libraryLoaded, &window, [&](ZDDataCenter *loaded, qint64 ms) {
         center.reset(loaded);
+        if (responder.closeRequested()) {
+            QApplication::exit(0); // a newer program's library: leave it untouched
+            return;
+        }
         zdLog(ZDLogLevel::Info, ZDLogDomain::Library,
               QStringLiteral("Library loaded in %1 ms (%2 snippets)").arg(ms).arg(loaded->snippets().size()));
         assembly.setDataCenter(loaded);

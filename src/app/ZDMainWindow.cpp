@@ -48,10 +48,10 @@ ZDMainWindow::ZDMainWindow(ZDUserDefaults &defaults, ZDHighlighter *highlighter,
     m_reloadTimer->setSingleShot(true);
     m_reloadTimer->setInterval(30);
     connect(m_reloadTimer, &QTimer::timeout, this, [this] {
-        if (m_reloadSidebar)
-            reloadSidebar();
-        m_reloadSidebar = false;
-        reloadList();
+        const bool sidebar = std::exchange(m_reloadSidebar, false);
+        if (sidebar)
+            reloadSidebar(); // counts too
+        reloadList(!sidebar);
     });
     buildLayout();
     buildMenus();
@@ -156,6 +156,9 @@ void ZDMainWindow::buildLayout()
     m_editorStack->setMinimumWidth(300);
     m_splitter->setSizes({250, 320, 630});
     setCentralWidget(m_splitter);
+    setTabOrder(m_sidebar, m_search);
+    setTabOrder(m_search, m_list);
+    setTabOrder(m_list, m_editorStack);
 }
 
 void ZDMainWindow::buildMenus()

@@ -103,7 +103,8 @@ private:
 
     void scheduleReload(bool sidebarToo);
     void reloadSidebar();
-    void reloadList();
+    /// Lists the selected node's snippets again; the sidebar's counts first unless just counted.
+    void reloadList(bool recountFirst = true);
     void recount();
     void showSelectedSnippets();
 

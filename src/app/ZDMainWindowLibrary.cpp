@@ -51,7 +51,7 @@ void ZDMainWindow::setDataCenter(ZDDataCenter *center)
     }
     setLibraryState({});
     reloadSidebar();
-    reloadList();
+    reloadList(false);
     m_list->setFocus();
 }
 
@@ -113,7 +113,7 @@ void ZDMainWindow::reloadSidebar()
     });
 }
 
-void ZDMainWindow::reloadList()
+void ZDMainWindow::reloadList(bool recountFirst)
 {
     if (!m_center || !m_center->dataCenterHasValidLibrary())
         return;
@@ -121,8 +121,10 @@ void ZDMainWindow::reloadList()
         runSearch(); // the results follow the library
         return;
     }
-    if (!m_reloadSidebar)
-        recount(), m_sidebarModel->refreshCounts();
+    if (recountFirst) {
+        recount();
+        m_sidebarModel->refreshCounts();
+    }
     const QStringList selected = [this] {
         QStringList UUIDs;
         for (const ZDSnippetPtr &snippet : m_list->selectedSnippets())
