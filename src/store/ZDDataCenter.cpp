@@ -55,7 +55,8 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
     QString stamp;
     ZDError readError;
     if (!ZDPackageStorage::readPackage(path, tree.get(), d->options.outdatedVersionResponder,
-                                       &d->outdatedVersionPrompted, &stamp, &readError)) {
+                                       &d->outdatedVersionPrompted, &stamp, &readError,
+                                       ZDPackageTree::Contents::OnDemand)) {
         d->loadError = ZDStoreErrors::libraryLoadFailed(readError);
         zdLog(ZDLogLevel::Error, ZDLogDomain::Library,
               QStringLiteral("An error occurred when initializing data center: %1").arg(d->loadError.toString()));
@@ -65,7 +66,7 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
         }
     } else {
         d->stamps.setStamp(stamp);
-        takeContents(ZDLibraryContents::read(*tree));
+        takeContents(readContents(*tree));
         d->tree = std::move(tree);
         d->hasTree = true;
         if (d->options.repairOnLoad)

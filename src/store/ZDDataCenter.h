@@ -57,6 +57,10 @@ public:
         std::unique_ptr<ZDWriteTimer> writeTimer;
         /// Watch the package for changes made by other processes.
         bool watchForExternalChanges = true;
+        /// Keep a copy of the snippets in the user's cache folder (ZDRecordCache) for libraries of
+        /// at least this many snippets, so that they load without unarchiving every file; 0 for
+        /// every library, a negative number for none.
+        int recordCacheMinimumSnippets = 1000;
         /// Run the repair pass after loading (a check that only reports turns it off).
         bool repairOnLoad = true;
         int watcherSettleDelayMs = 500;
@@ -208,6 +212,7 @@ private:
     void enqueueEdit(const QStringList &paths, std::function<void(ZDPackageTree &)> edit);
     void reloadFromTree();
     void presentError(const ZDError &error);
+    ZDLibraryContents readContents(const ZDPackageTree &tree) const;
 
     std::unique_ptr<Private> d;
 };

@@ -10,6 +10,7 @@
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDOutdatedVersionResponder.h"
 #include "ZDPackageFormat.h"
+#include "ZDRecordCache.h"
 #include "ZDResources.h"
 #include "ZDSnippet.h"
 #include "ZDStoreErrors.h"
@@ -27,6 +28,14 @@ void ZDDataCenter::presentError(const ZDError &error)
     zdLog(ZDLogLevel::Error, ZDLogDomain::Library, error.toString());
     if (d->options.errorPresenter)
         d->options.errorPresenter(error);
+}
+
+ZDLibraryContents ZDDataCenter::readContents(const ZDPackageTree &tree) const
+{
+    const int minimum = d->options.recordCacheMinimumSnippets;
+    if (minimum < 0 || d->options.packagePath.isEmpty())
+        return ZDLibraryContents::read(tree);
+    return ZDLibraryContents::read(tree, ZDRecordCache::pathForPackage(d->options.packagePath), minimum);
 }
 
 void ZDDataCenter::takeContents(ZDLibraryContents &&contents)
@@ -177,7 +186,7 @@ void ZDDataCenter::reloadFromTree()
     });
     if (!hasTree)
         return;
-    takeContents(ZDLibraryContents::read(snapshot));
+    takeContents(readContents(snapshot));
     d->notifier->noteApplicationLibraryChanged(this);
 }
 
@@ -206,7 +215,8 @@ void ZDDataCenter::updateDataWithLatestPackageWrapper()
         ZDPackageTree fresh;
         bool warned = true;
         QString stamp;
-        if (!ZDPackageStorage::readPackage(path, &fresh, nullptr, &warned, &stamp, &error))
+        if (!ZDPackageStorage::readPackage(path, &fresh, nullptr, &warned, &stamp, &error,
+                                           ZDPackageTree::Contents::OnDemand))
             return;
         if (d->tree)
             zdMergeUnwrittenEdits(*d->tree, std::move(fresh), d->dirtyPaths);
@@ -233,8 +243,9 @@ bool ZDDataCenter::forceReloadFromDisk(ZDError *error)
     ZDError readError;
     const bool read = ZDPackageStorage::readPackage(d->options.packagePath, fresh.get(),
                                                     d->options.outdatedVersionResponder,
-                                                    &d->outdatedVersionPrompted, &stamp, &readError);
-    ZDLibraryContents contents = read ? ZDLibraryContents::read(*fresh) : ZDLibraryContents();
+                                                    &d->outdatedVersionPrompted, &stamp, &readError,
+                                                    ZDPackageTree::Contents::OnDemand);
+    ZDLibraryContents contents = read ? readContents(*fresh) : ZDLibraryContents();
     d->scheduler->queue().sync([&] {
         d->tree = read ? std::move(fresh) : nullptr;
         d->dirtyPaths.clear();

@@ -27,8 +27,10 @@ struct ZDLibraryContents
     /// List files that are not lists at all.
     QStringList unreadableFiles;
 
-    /// Reads every record of `tree`. Snippet files are unarchived on all cores.
-    static ZDLibraryContents read(const ZDPackageTree &tree);
+    /// Reads every record of `tree`. Snippet files are unarchived on all cores. With a
+    /// `cachePath` (ZDRecordCache), snippets whose files are unchanged come from the cache, and
+    /// the cache is brought up to date when the library has at least `cacheMinimum` snippets.
+    static ZDLibraryContents read(const ZDPackageTree &tree, const QString &cachePath = {}, int cacheMinimum = 1000);
 
     /// A list file holding the nodes' archives.
     static QByteArray encodeNodes(const QList<ZDCategoryNodePtr> &nodes);

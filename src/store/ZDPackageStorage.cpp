@@ -29,7 +29,7 @@ bool ZDWriteStampRegister::isOwn(const QString &diskStamp) const
 
 bool ZDPackageStorage::readPackage(const QString &packagePath, ZDPackageTree *tree,
                                    ZDOutdatedVersionResponder *responder, bool *warned, QString *stamp,
-                                   ZDError *error)
+                                   ZDError *error, ZDPackageTree::Contents contents)
 {
     QString progress = QStringLiteral("Loading library...");
     const auto logProgress = [&progress] { zdLog(ZDLogLevel::Info, ZDLogDomain::Library, progress); };
@@ -45,7 +45,7 @@ bool ZDPackageStorage::readPackage(const QString &packagePath, ZDPackageTree *tr
         ZDError readError;
         // A writer in another process finishes before the tree is taken in.
         ZDPackageLock lock(packagePath, ZDPackageLock::Mode::Shared);
-        if (!ZDPackageTree::read(packagePath, &result, &readError)) {
+        if (!ZDPackageTree::read(packagePath, &result, &readError, contents)) {
             progress += QStringLiteral(" Cannot initialize file wrapper: %1").arg(readError.toString());
             logProgress();
             return ZDError::fail(error, ZDStoreErrors::cannotReadPackage(packagePath, readError));
@@ -96,7 +96,7 @@ bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packageP
     if (!stamps.isOwn(diskStamp) && !diskStamp.isEmpty() && reconcile) {
         ZDPackageTree onDisk;
         ZDError reconcileError;
-        if (!ZDPackageTree::read(packagePath, &onDisk, &reconcileError) ||
+        if (!ZDPackageTree::read(packagePath, &onDisk, &reconcileError, ZDPackageTree::Contents::OnDemand) ||
             !reconcile(*tree, std::move(onDisk), diskStamp, &reconcileError))
             return ZDError::fail(error, ZDStoreErrors::cannotWriteLocalPackage(packagePath, reconcileError));
     }
@@ -114,7 +114,7 @@ bool ZDPackageStorage::writePackage(ZDPackageTree *tree, const QString &packageP
     }
     zdLog(ZDLogLevel::Info, ZDLogDomain::Library,
           QStringLiteral("Successfully write %1 snippets to default local library.")
-              .arg(tree->fileCount(ZDPackageLayout::snippetsDirectory)));
+              .arg(tree->childCount(ZDPackageLayout::snippetsDirectory)));
     return true;
 }
 

@@ -33,8 +33,10 @@ namespace ZDPackageStorage {
 /// package was written by a newer version and `*warned` is false, asks `responder` once (and
 /// sets `*warned`); a refusal fails with 126 and leaves `tree` alone. `stamp` receives the
 /// package's write stamp (empty when it has none).
+/// `contents` says whether the files' bytes are read now or on demand.
 bool readPackage(const QString &packagePath, ZDPackageTree *tree, ZDOutdatedVersionResponder *responder,
-                 bool *warned, QString *stamp = nullptr, ZDError *error = nullptr);
+                 bool *warned, QString *stamp = nullptr, ZDError *error = nullptr,
+                 ZDPackageTree::Contents contents = ZDPackageTree::Contents::Now);
 
 /// Called under the write lock when the stamp on disk is not the register's: another process
 /// wrote the package since this one read or wrote it. `onDisk` is the package as it is now

@@ -1,5 +1,7 @@
 #include "ZDPackageTree.h"
 
+#include "ZDLogger.h"
+
 #include <QCollator>
 #include <QCryptographicHash>
 #include <QDir>
@@ -11,8 +13,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <algorithm>
+#include <functional>
 #include <map>
+#include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,9 +31,16 @@ struct ZDPackageNode
     bool directory = false;
     bool changed = true;
     bool subtreeChanged = true;
-    QByteArray contents;
+    mutable QByteArray contents;
+    /// False while a file read on demand still has its bytes on disk only.
+    mutable bool loaded = true;
+    /// The file's inode when it was read from disk; 0 for files made in memory.
+    quint64 identity = 0;
     std::map<QString, std::unique_ptr<ZDPackageNode>> children;
     QSet<QString> removed;
+    /// Children that are changed or hold changes, so that a write and the clearing of marks
+    /// visit only them and not every file of a large directory.
+    QSet<QString> dirtyChildren;
 
     std::unique_ptr<ZDPackageNode> clone() const
     {
@@ -36,7 +49,10 @@ struct ZDPackageNode
         copy->changed = changed;
         copy->subtreeChanged = subtreeChanged;
         copy->contents = contents;
+        copy->loaded = loaded;
+        copy->identity = identity;
         copy->removed = removed;
+        copy->dirtyChildren = dirtyChildren;
         for (const auto &[name, child] : children)
             copy->children.emplace(name, child->clone());
         return copy;
@@ -48,8 +64,25 @@ struct ZDPackageNode
         subtreeChanged = value;
         if (!value)
             removed.clear();
-        for (auto &entry : children)
+        dirtyChildren.clear();
+        for (auto &entry : children) {
             entry.second->setMarks(value);
+            if (value)
+                dirtyChildren.insert(entry.first);
+        }
+    }
+
+    /// Clears the marks along the changed paths only.
+    void clearMarks()
+    {
+        changed = false;
+        subtreeChanged = false;
+        removed.clear();
+        for (const QString &name : std::as_const(dirtyChildren)) {
+            if (auto child = children.find(name); child != children.end())
+                child->second->clearMarks();
+        }
+        dirtyChildren.clear();
     }
 
     bool hasMarks() const { return changed || subtreeChanged || !removed.isEmpty(); }
@@ -172,36 +205,60 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
 {
     bool entriesChanged = false;
     // Names the tree no longer holds go first; a name that is both removed and present again is
-    // replaced in place below, so that it never vanishes from disk in between.
-    for (const QString &name : entriesOnDisk(path)) {
-        const bool stale = name.startsWith(kTemporaryPrefix) ||
-                           (full ? node.children.count(name) == 0
-                                 : node.removed.contains(name) && node.children.count(name) == 0);
-        if (!stale)
-            continue;
+    // replaced in place below, so that it never vanishes from disk in between. Only a whole write
+    // lists the directory: an incremental one removes just what was removed, so its cost does not
+    // grow with the number of files.
+    const auto removeStale = [&](const QString &name) {
         if (!removeFromDisk(path + QLatin1Char('/') + name))
             return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot remove"), name), path));
         entriesChanged = true;
+        return true;
+    };
+    if (full) {
+        for (const QString &name : entriesOnDisk(path)) {
+            if ((name.startsWith(kTemporaryPrefix) || node.children.count(name) == 0) && !removeStale(name))
+                return false;
+        }
+    } else {
+        for (const QString &name : std::as_const(node.removed)) {
+            if (node.children.count(name) == 0 && !removeStale(name))
+                return false;
+        }
     }
 
     ZDPackageNode *identifier = nullptr;
-    for (auto &[name, child] : node.children) {
+    const auto writeChild = [&](const QString &name, ZDPackageNode *child) {
         const QString target = path + QLatin1Char('/') + name;
         if (isRoot && name == kIdentifierName && !child->directory) {
-            identifier = child.get();
-            continue;
+            identifier = child;
+            return true;
         }
         if (child->directory) {
             const bool childFull = full || child->changed;
             if (childFull && !ensureDirectory(target, &entriesChanged, error))
                 return false;
-            if ((childFull || child->subtreeChanged) &&
-                !writeDirectory(*child, target, childFull, false, error))
+            if ((childFull || child->subtreeChanged) && !writeDirectory(*child, target, childFull, false, error))
                 return false;
         } else if (full || child->changed) {
             if (!writeFileAtomically(target, child->contents, error))
                 return false;
             entriesChanged = true;
+        }
+        return true;
+    };
+    if (full) {
+        for (auto &[name, child] : node.children) {
+            if (!writeChild(name, child.get()))
+                return false;
+        }
+    } else {
+        // In name order, like a whole write.
+        QStringList names(node.dirtyChildren.cbegin(), node.dirtyChildren.cend());
+        std::sort(names.begin(), names.end());
+        for (const QString &name : std::as_const(names)) {
+            const auto child = node.children.find(name);
+            if (child != node.children.end() && !writeChild(name, child->second.get()))
+                return false;
         }
     }
 
@@ -217,32 +274,108 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
     return true;
 }
 
-bool readDirectory(const QString &path, ZDPackageNode &node, ZDError *error)
+ZDError readError(const QString &path)
 {
-    const QFileInfoList entries = QDir(path).entryInfoList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo &entry : entries) {
-        if (entry.fileName().startsWith(kTemporaryPrefix) || entry.isSymLink())
+    return ZDError(0, QStringLiteral("Cannot read the library package."), {},
+                   QString::fromLocal8Bit(std::strerror(errno)), {{QStringLiteral("Path"), path}});
+}
+
+bool readFileAt(int directoryFd, const char *name, const QString &path, QByteArray *contents, ZDError *error)
+{
+    const int fd = ::openat(directoryFd, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    struct stat info;
+    if (fd < 0 || ::fstat(fd, &info) != 0) {
+        const ZDError failure = readError(path);
+        if (fd >= 0)
+            ::close(fd);
+        return ZDError::fail(error, failure);
+    }
+    QByteArray bytes(qsizetype(info.st_size), Qt::Uninitialized);
+    qsizetype filled = 0;
+    for (;;) {
+        if (filled == bytes.size())
+            bytes.resize(bytes.size() + 4096);
+        const ssize_t got = ::read(fd, bytes.data() + filled, size_t(bytes.size() - filled));
+        if (got < 0 && errno == EINTR)
             continue;
+        if (got < 0) {
+            const ZDError failure = readError(path);
+            ::close(fd);
+            return ZDError::fail(error, failure);
+        }
+        if (got == 0)
+            break;
+        filled += got;
+        // Files are replaced by rename, never rewritten in place, so the size read at open holds.
+        if (filled == qsizetype(info.st_size))
+            break;
+    }
+    ::close(fd);
+    bytes.truncate(filled);
+    *contents = std::move(bytes);
+    return true;
+}
+
+// Reads a directory with the system calls themselves: libraries hold one file per snippet, and
+// per-file overhead is most of the load time.
+bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDError *error)
+{
+    DIR *directory = ::opendir(QFile::encodeName(path).constData());
+    if (!directory)
+        return ZDError::fail(error, readError(path));
+    const int directoryFd = ::dirfd(directory);
+    struct Entry
+    {
+        QByteArray rawName;
+        QString name;
+        bool isDirectory;
+        quint64 identity;
+    };
+    std::vector<Entry> entries;
+    bool ok = true;
+    for (;;) {
+        errno = 0;
+        const dirent *entry = ::readdir(directory);
+        if (!entry) {
+            if (errno != 0)
+                ok = ZDError::fail(error, readError(path));
+            break;
+        }
+        const char *rawName = entry->d_name;
+        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0)
+            continue;
+        const QString name = QFile::decodeName(rawName);
+        if (name.startsWith(kTemporaryPrefix))
+            continue;
+        unsigned char type = entry->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat info;
+            if (::fstatat(directoryFd, rawName, &info, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
+        }
+        if (type == DT_DIR || type == DT_REG) // links and special files are not part of a package
+            entries.push_back({QByteArray(rawName), name, type == DT_DIR, quint64(entry->d_ino)});
+    }
+
+    for (size_t index = 0; ok && index < entries.size(); ++index) {
         auto child = std::make_unique<ZDPackageNode>();
         child->changed = child->subtreeChanged = false;
-        if (entry.isDir()) {
+        const QString childPath = path + QLatin1Char('/') + entries[index].name;
+        child->identity = entries[index].identity;
+        if (entries[index].isDirectory) {
             child->directory = true;
-            if (!readDirectory(entry.filePath(), *child, error))
-                return false;
-        } else if (entry.isFile()) {
-            QFile file(entry.filePath());
-            if (!file.open(QIODevice::ReadOnly))
-                return ZDError::fail(error, ZDError(0, QStringLiteral("Cannot read the library package."), {},
-                                                    file.errorString(),
-                                                    {{QStringLiteral("Path"), entry.filePath()}}));
-            child->contents = file.readAll();
+            ok = readDirectory(childPath, *child, onDemand, error);
+        } else if (onDemand) {
+            child->loaded = false;
         } else {
-            continue;
+            ok = readFileAt(directoryFd, entries[index].rawName.constData(), childPath, &child->contents, error);
         }
-        node.children.emplace(entry.fileName(), std::move(child));
+        if (ok)
+            node.children.emplace(entries[index].name, std::move(child));
     }
-    return true;
+    ::closedir(directory);
+    return ok;
 }
 
 void appendAllData(const ZDPackageNode &node, QByteArray &out)
@@ -284,7 +417,7 @@ ZDPackageTree &ZDPackageTree::operator=(const ZDPackageTree &other)
     return *this;
 }
 
-bool ZDPackageTree::read(const QString &path, ZDPackageTree *tree, ZDError *error)
+bool ZDPackageTree::read(const QString &path, ZDPackageTree *tree, ZDError *error, Contents contents)
 {
     const QFileInfo info(path);
     if (!info.isDir())
@@ -293,7 +426,7 @@ bool ZDPackageTree::read(const QString &path, ZDPackageTree *tree, ZDError *erro
                                      QStringLiteral("Not a directory"), {{QStringLiteral("Path"), path}}));
     ZDPackageTree result;
     result.m_root->setMarks(false);
-    if (!readDirectory(path, *result.m_root, error))
+    if (!readDirectory(path, *result.m_root, contents == Contents::OnDemand, error))
         return false;
     result.m_origin = info.canonicalFilePath();
     *tree = std::move(result);
@@ -306,12 +439,17 @@ bool ZDPackageTree::write(const QString &path, ZDError *error)
         return ZDError::fail(error, writeError(QStringLiteral("Cannot create directory"), path));
     const QString canonical = QFileInfo(path).canonicalFilePath();
     const bool full = m_origin.isEmpty() || canonical != m_origin;
+    if (full)
+        loadAllContents();
     if (!writeDirectory(*m_root, path, full, true, error))
         return false;
     // A package written whole may be new in its parent; make its entry there durable too.
     if (full && !fsyncPath(QFileInfo(path).absolutePath(), true))
         return ZDError::fail(error, writeError(osError(QStringLiteral("Cannot sync"), path), path));
-    m_root->setMarks(false);
+    if (full)
+        m_root->setMarks(false);
+    else
+        m_root->clearMarks();
     m_origin = canonical;
     return true;
 }
@@ -350,7 +488,42 @@ bool ZDPackageTree::isDirectory(const QString &path) const
 QByteArray ZDPackageTree::fileContents(const QString &path) const
 {
     const ZDPackageNode *node = findNode(m_root.get(), path);
-    return node && !node->directory ? node->contents : QByteArray();
+    if (!node || node->directory)
+        return {};
+    loadContents(*node, path);
+    return node->contents;
+}
+
+quint64 ZDPackageTree::fileIdentity(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && !node->directory && !node->changed ? node->identity : 0;
+}
+
+void ZDPackageTree::loadContents(const ZDPackageNode &node, const QString &path) const
+{
+    if (node.loaded)
+        return;
+    node.loaded = true;
+    const QString filePath = m_origin + QLatin1Char('/') + path;
+    ZDError error;
+    if (!readFileAt(AT_FDCWD, QFile::encodeName(filePath).constData(), filePath, &node.contents, &error))
+        zdLog(ZDLogLevel::Warning, ZDLogDomain::Library,
+              QStringLiteral("Cannot read %1 from the library package: %2").arg(path, error.toString()));
+}
+
+void ZDPackageTree::loadAllContents() const
+{
+    const std::function<void(const ZDPackageNode &, const QString &)> visit = [&](const ZDPackageNode &node,
+                                                                                 const QString &path) {
+        if (!node.directory) {
+            loadContents(node, path);
+            return;
+        }
+        for (const auto &[name, child] : node.children)
+            visit(*child, path.isEmpty() ? name : path + QLatin1Char('/') + name);
+    };
+    visit(*m_root, QString());
 }
 
 QStringList ZDPackageTree::childNames(const QString &path) const
@@ -361,6 +534,12 @@ QStringList ZDPackageTree::childNames(const QString &path) const
             names << entry.first;
     }
     return names;
+}
+
+int ZDPackageTree::childCount(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    return node && node->directory ? int(node->children.size()) : 0;
 }
 
 int ZDPackageTree::fileCount(const QString &path) const
@@ -379,6 +558,7 @@ static ZDPackageNode *parentForEdit(ZDPackageNode *root, const QStringList &part
     ZDPackageNode *node = root;
     node->subtreeChanged = true;
     for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
+        node->dirtyChildren.insert(parts[i]);
         auto &slot = node->children[parts[i]];
         if (!slot || !slot->directory) {
             slot = std::make_unique<ZDPackageNode>();
@@ -400,6 +580,7 @@ void ZDPackageTree::setFile(const QString &path, const QByteArray &contents)
     node->contents = contents;
     node->subtreeChanged = false;
     parent->children[parts.last()] = std::move(node);
+    parent->dirtyChildren.insert(parts.last());
 }
 
 void ZDPackageTree::makeDirectory(const QString &path)
@@ -413,6 +594,7 @@ void ZDPackageTree::makeDirectory(const QString &path)
     auto node = std::make_unique<ZDPackageNode>();
     node->directory = true;
     parent->children[parts.last()] = std::move(node);
+    parent->dirtyChildren.insert(parts.last());
 }
 
 bool ZDPackageTree::remove(const QString &path)
@@ -433,11 +615,13 @@ bool ZDPackageTree::hasChanges() const
 
 void ZDPackageTree::markAllChanged()
 {
+    loadAllContents();
     m_root->setMarks(true);
 }
 
 QByteArray ZDPackageTree::allData() const
 {
+    loadAllContents();
     QByteArray out;
     appendAllData(*m_root, out);
     return out;

@@ -30,9 +30,20 @@ public:
     ZDPackageTree(const ZDPackageTree &other);
     ZDPackageTree &operator=(const ZDPackageTree &other);
 
-    /// Reads the directory at `path` whole, every file's bytes at once. Symbolic links and special
-    /// files are left out, and so are the temporary files of an interrupted write.
-    static bool read(const QString &path, ZDPackageTree *tree, ZDError *error = nullptr);
+    enum class Contents
+    {
+        /// Every file's bytes are read at once.
+        Now,
+        /// Only the layout is read; a file's bytes are read from the package when first asked for
+        /// (fileContents(), a whole write, allData()). For large libraries whose records mostly
+        /// come from elsewhere (ZDRecordCache).
+        OnDemand,
+    };
+
+    /// Reads the directory at `path` whole. Symbolic links and special files are left out, and so
+    /// are the temporary files of an interrupted write.
+    static bool read(const QString &path, ZDPackageTree *tree, ZDError *error = nullptr,
+                     Contents contents = Contents::Now);
 
     /// Writes the tree to `path` as described above and clears the change marks on success.
     /// On failure the marks stay, so that a later write redoes what may not have reached disk.
@@ -43,8 +54,13 @@ public:
     bool isDirectory(const QString &path) const;
     /// The bytes of the file at `path`; empty when there is none (see isFile()).
     QByteArray fileContents(const QString &path) const;
+    /// The inode the file at `path` had when the tree was read; 0 when it was made or changed in
+    /// memory since. Files are replaced by rename, so an equal identity means unchanged bytes.
+    quint64 fileIdentity(const QString &path) const;
     /// The names in the directory at `path`, in the tree's (byte-wise) order.
     QStringList childNames(const QString &path) const;
+    /// How many entries the directory at `path` holds directly (at once, whatever their number).
+    int childCount(const QString &path) const;
     /// How many regular files the directory at `path` holds directly.
     int fileCount(const QString &path) const;
 
@@ -76,6 +92,9 @@ public:
     static QString temporaryFilePrefix();
 
 private:
+    void loadContents(const ZDPackageNode &node, const QString &path) const;
+    void loadAllContents() const;
+
     std::unique_ptr<ZDPackageNode> m_root;
     QString m_origin;
 };

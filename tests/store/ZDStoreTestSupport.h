@@ -52,6 +52,7 @@ struct ZDTestLibrary
     ZDMulticastDelegateHandler notifier;
     ZDManualWriteTimer *timer = nullptr; // of the last store opened
     QList<ZDError> presented;
+    int cacheMinimum = -1; // no snippet cache unless a test asks for one
     ZDLanguageRegistry registry{ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Languages.json"),
                                 &defaults};
 
@@ -70,6 +71,7 @@ struct ZDTestLibrary
         options.watchForExternalChanges = watch;
         options.watcherSettleDelayMs = 30;
         options.errorPresenter = [this](const ZDError &error) { presented << error; };
+        options.recordCacheMinimumSnippets = cacheMinimum;
         return std::make_unique<ZDDataCenter>(std::move(options));
     }
 

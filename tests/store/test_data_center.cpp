@@ -5,6 +5,7 @@
 #include "ZDOutdatedVersionResponder.h"
 #include "ZDPackageFormat.h"
 #include "ZDRecordArchive.h"
+#include "ZDRecordCache.h"
 #include "ZDStoreErrors.h"
 #include "ZDTestSupport.h"
 
@@ -418,4 +419,75 @@ TEST(DataCenter, ForcedReloadDropsUnsavedEditsAndFailsWithoutAPackage)
     EXPECT_EQ(error.code(), 135);
     EXPECT_FALSE(center->dataCenterHasValidLibrary());
     EXPECT_TRUE(center->snippets().isEmpty());
+}
+
+TEST(DataCenter, TheSnippetCacheServesUnchangedFilesOnly)
+{
+    ZDTestLibrary library;
+    ZDSnippetPtr changed, kept;
+    {
+        auto center = library.open();
+        changed = zdTestSnippet(QStringLiteral("changed"));
+        kept = zdTestSnippet(QStringLiteral("kept"));
+        center->addSnippetsFromArray({changed, kept});
+        ASSERT_TRUE(center->save());
+    }
+    library.cacheMinimum = 0;
+    library.open(); // makes the cache
+    const QString cachePath = ZDRecordCache::pathForPackage(library.path);
+    QHash<QString, ZDRecordCache::Entry> cache = ZDRecordCache::read(cachePath);
+    ASSERT_EQ(cache.size(), 2);
+
+    // A cached entry is used while its file is unchanged: mark the cached copy to see it.
+    const QString keptName = kept->UUID() + QStringLiteral(".data");
+    QList<QPair<QString, ZDRecordCache::Entry>> entries;
+    for (auto it = cache.cbegin(); it != cache.cend(); ++it) {
+        if (it.key() == keptName)
+            it->snippet->setTitle(QStringLiteral("from the cache"));
+        entries.append({it.key(), it.value()});
+    }
+    ASSERT_TRUE(ZDRecordCache::write(cachePath, entries));
+    {
+        library.cacheMinimum = -1;
+        auto other = library.open();
+        other->snippetWithUUID(changed->UUID())->setTitle(QStringLiteral("changed elsewhere"));
+        other->setSnippetsUpdated({other->snippetWithUUID(changed->UUID())});
+        ASSERT_TRUE(other->save());
+    }
+    library.cacheMinimum = 0;
+    {
+        auto center = library.open();
+        EXPECT_EQ(center->snippetWithUUID(kept->UUID())->title(), QStringLiteral("from the cache"));
+        EXPECT_EQ(center->snippetWithUUID(changed->UUID())->title(), QStringLiteral("changed elsewhere"));
+        EXPECT_TRUE(center->snippetWithUUID(changed->UUID())->isIdentical(
+            ZDRecordCache::read(cachePath).value(changed->UUID() + QStringLiteral(".data")).snippet.get()));
+    }
+
+    // A damaged cache is ignored.
+    QFile file(cachePath);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    file.resize(file.size() / 2);
+    file.close();
+    EXPECT_TRUE(ZDRecordCache::read(cachePath).isEmpty());
+    EXPECT_EQ(library.open()->snippetWithUUID(kept->UUID())->title(), QStringLiteral("kept"));
+}
+
+TEST(DataCenter, TreesReadOnDemandWriteWholeElsewhere)
+{
+    ZDTestLibrary library;
+    {
+        auto center = library.open();
+        populate(*center);
+        ASSERT_TRUE(center->save());
+    }
+    ZDPackageTree eager, lazy;
+    ASSERT_TRUE(ZDPackageTree::read(library.path, &eager));
+    ASSERT_TRUE(ZDPackageTree::read(library.path, &lazy, nullptr, ZDPackageTree::Contents::OnDemand));
+    const ZDPackageTree copy = lazy; // a copy loads on demand too
+    EXPECT_EQ(copy.md5String(), eager.md5String());
+    const QString elsewhere = library.dir.filePath(QStringLiteral("copy.zandriolibrary"));
+    ASSERT_TRUE(lazy.write(elsewhere));
+    ZDPackageTree written;
+    ASSERT_TRUE(ZDPackageTree::read(elsewhere, &written));
+    EXPECT_EQ(written.md5String(), eager.md5String());
 }
