@@ -70,8 +70,10 @@ ZDLanguagePopup::ZDLanguagePopup(ZDLanguageRegistry *registry, const ZDLanguage 
 
     connect(m_search, &QLineEdit::textChanged, this, &ZDLanguagePopup::fill);
     connect(m_search, &QLineEdit::returnPressed, this, [this] { choose(m_list->currentRow()); });
-    connect(m_list, &QListWidget::itemActivated, this, [this](QListWidgetItem *item) { choose(m_list->row(item)); });
-    connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem *item) { choose(m_list->row(item)); });
+    connect(m_list, &QListWidget::itemActivated, this,
+            [this](QListWidgetItem *item) { choose(m_list->row(item)); });
+    connect(m_list, &QListWidget::itemClicked, this,
+            [this](QListWidgetItem *item) { choose(m_list->row(item)); });
     fill(QString());
     m_search->setFocus();
 }
@@ -82,7 +84,8 @@ void ZDLanguagePopup::fill(const QString &filter)
     if (!m_registry)
         return;
     int activeCount = 0;
-    const QList<ZDLanguage> languages = ZDLanguageChooser::offeredLanguages(*m_registry, filter, &activeCount);
+    const QList<ZDLanguage> languages =
+        ZDLanguageChooser::offeredLanguages(*m_registry, filter, &activeCount);
     const auto addHeading = [&](const QString &title) {
         auto *item = new QListWidgetItem(title, m_list);
         item->setFlags(Qt::NoItemFlags);
@@ -143,10 +146,14 @@ bool ZDLanguagePopup::eventFilter(QObject *watched, QEvent *event)
         const int key = static_cast<QKeyEvent *>(event)->key();
         if (key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown) {
             int row = m_list->currentRow();
-            const int step = key == Qt::Key_Up ? -1 : key == Qt::Key_Down ? 1 : key == Qt::Key_PageUp ? -10 : 10;
+            const int step = key == Qt::Key_Up       ? -1
+                             : key == Qt::Key_Down   ? 1
+                             : key == Qt::Key_PageUp ? -10
+                                                     : 10;
             const int direction = step < 0 ? -1 : 1;
             int target = std::clamp(row + step, 0, m_list->count() - 1);
-            while (target >= 0 && target < m_list->count() && !(m_list->item(target)->flags() & Qt::ItemIsEnabled))
+            while (target >= 0 && target < m_list->count() &&
+                   !(m_list->item(target)->flags() & Qt::ItemIsEnabled))
                 target += direction;
             if (target >= 0 && target < m_list->count())
                 m_list->setCurrentRow(target);
@@ -161,7 +168,6 @@ bool ZDLanguagePopup::eventFilter(QObject *watched, QEvent *event)
 ZDLanguageChooser::ZDLanguageChooser(QWidget *parent) : QToolButton(parent)
 {
     setToolButtonStyle(Qt::ToolButtonTextOnly);
-    setPopupMode(QToolButton::InstantPopup);
     setToolTip(tr("Language of this fragment"));
     setFocusPolicy(Qt::StrongFocus);
     connect(this, &QToolButton::clicked, this, [this] { showPopup(); });
@@ -175,15 +181,18 @@ void ZDLanguageChooser::setLanguage(const ZDLanguage &language)
 
 ZDLanguagePopup *ZDLanguageChooser::showPopup()
 {
-    auto *popup = new ZDLanguagePopup(m_registry ? m_registry : ZDLanguageRegistry::shared(), m_language, this);
+    auto *popup =
+        new ZDLanguagePopup(m_registry ? m_registry : ZDLanguageRegistry::shared(), m_language, this);
     connect(popup, &ZDLanguagePopup::languageChosen, this, [this](const ZDLanguage &language) {
         setLanguage(language);
         Q_EMIT languageChosen(language);
     });
-    QPoint position = mapToGlobal(QPoint(0, height()));
+    // Right-aligned under the button, which sits at the right end of the part bar.
+    QPoint position = mapToGlobal(QPoint(width() - popup->width(), height()));
     if (const QScreen *screen = this->screen()) {
         const QRect area = screen->availableGeometry();
-        position.setX(std::min(position.x(), area.right() - popup->width()));
+        position.setX(
+            std::clamp(position.x(), area.left(), std::max(area.left(), area.right() - popup->width())));
         if (position.y() + popup->height() > area.bottom())
             position.setY(mapToGlobal(QPoint(0, 0)).y() - popup->height());
     }

@@ -11,7 +11,8 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-ZDLanguageTableModel::ZDLanguageTableModel(ZDLanguageRegistry *registry, ZDUserDefaults *defaults, QObject *parent)
+ZDLanguageTableModel::ZDLanguageTableModel(ZDLanguageRegistry *registry, ZDUserDefaults *defaults,
+                                           QObject *parent)
     : QAbstractTableModel(parent), m_registry(registry), m_defaults(defaults)
 {
     if (m_registry) {
@@ -181,9 +182,12 @@ ZDLanguagesPane::ZDLanguagesPane(ZDLanguageRegistry *registry, ZDUserDefaults *d
     m_table->verticalHeader()->hide();
     m_table->setShowGrid(false);
     m_table->setAlternatingRowColors(true);
-    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::ActiveColumn, QHeaderView::ResizeToContents);
-    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::NameColumn, QHeaderView::Interactive);
-    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::IdentifierColumn, QHeaderView::Interactive);
+    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::ActiveColumn,
+                                                      QHeaderView::ResizeToContents);
+    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::NameColumn,
+                                                      QHeaderView::Interactive);
+    m_table->horizontalHeader()->setSectionResizeMode(ZDLanguageTableModel::IdentifierColumn,
+                                                      QHeaderView::Interactive);
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->setColumnWidth(ZDLanguageTableModel::NameColumn, 170);
     m_table->setColumnWidth(ZDLanguageTableModel::IdentifierColumn, 170);

@@ -14,7 +14,8 @@
 namespace ZDPreferenceBinding {
 using Refreshers = std::vector<std::function<void()>>;
 
-inline void bindControl(QCheckBox *box, Refreshers &refreshers, std::function<bool()> get, std::function<void(bool)> set)
+inline void bindControl(QCheckBox *box, Refreshers &refreshers, std::function<bool()> get,
+                        std::function<void(bool)> set)
 {
     refreshers.push_back([box, get] {
         const QSignalBlocker blocker(box);
@@ -23,7 +24,8 @@ inline void bindControl(QCheckBox *box, Refreshers &refreshers, std::function<bo
     QObject::connect(box, &QCheckBox::toggled, box, [set](bool checked) { set(checked); });
 }
 
-inline void bindControl(QSpinBox *box, Refreshers &refreshers, std::function<int()> get, std::function<void(int)> set)
+inline void bindControl(QSpinBox *box, Refreshers &refreshers, std::function<int()> get,
+                        std::function<void(int)> set)
 {
     refreshers.push_back([box, get] {
         const QSignalBlocker blocker(box);
@@ -33,7 +35,7 @@ inline void bindControl(QSpinBox *box, Refreshers &refreshers, std::function<int
 }
 
 inline void bindControl(QDoubleSpinBox *box, Refreshers &refreshers, std::function<double()> get,
-                 std::function<void(double)> set)
+                        std::function<void(double)> set)
 {
     refreshers.push_back([box, get] {
         const QSignalBlocker blocker(box);
@@ -44,7 +46,7 @@ inline void bindControl(QDoubleSpinBox *box, Refreshers &refreshers, std::functi
 
 /// A combo box whose items carry the stored values as their data.
 inline void bindControl(QComboBox *box, Refreshers &refreshers, std::function<QVariant()> get,
-                 std::function<void(const QVariant &)> set)
+                        std::function<void(const QVariant &)> set)
 {
     refreshers.push_back([box, get] {
         const QSignalBlocker blocker(box);

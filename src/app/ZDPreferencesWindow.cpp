@@ -125,13 +125,15 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     locationRow->addWidget(location, 1);
     locationRow->addWidget(reveal);
     libraryLayout->addLayout(locationRow);
-    m_refreshers.push_back([location, d] { location->setText(QDir::toNativeSeparators(libraryLocation(d))); });
+    m_refreshers.push_back(
+        [location, d] { location->setText(QDir::toNativeSeparators(libraryLocation(d))); });
     connect(reveal, &QPushButton::clicked, this, [d] {
         QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(libraryLocation(d)).absolutePath()));
     });
     auto *integrity = new QCheckBox(tr("Check the library’s integrity when it opens"), library);
-    bindControl(integrity, m_refreshers, [d] { return d->enableLibraryIntegrityCheck(); },
-         [d](bool v) { d->setEnableLibraryIntegrityCheck(v); });
+    bindControl(
+        integrity, m_refreshers, [d] { return d->enableLibraryIntegrityCheck(); },
+        [d](bool v) { d->setEnableLibraryIntegrityCheck(v); });
     libraryLayout->addWidget(integrity);
     layout->addWidget(library);
 
@@ -139,14 +141,16 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     auto *backupsLayout = new QFormLayout(backups);
     auto *automatic = new QCheckBox(tr("Back up the library automatically"), backups);
     automatic->setObjectName(QStringLiteral("automaticBackupsBox"));
-    bindControl(automatic, m_refreshers, [d] { return d->enableAutomaticBackups(); },
-         [d](bool v) { d->setEnableAutomaticBackups(v); });
+    bindControl(
+        automatic, m_refreshers, [d] { return d->enableAutomaticBackups(); },
+        [d](bool v) { d->setEnableAutomaticBackups(v); });
     auto *keep = new QComboBox(backups);
     keep->setObjectName(QStringLiteral("maximumBackupsBox"));
     for (int count : {20, 30, 50, 100})
         keep->addItem(tr("%1 backups").arg(count), count);
-    bindControl(keep, m_refreshers, [d] { return QVariant(d->maximumBackupFiles()); },
-         [d](const QVariant &v) { d->setMaximumBackupFiles(v.toInt()); });
+    bindControl(
+        keep, m_refreshers, [d] { return QVariant(d->maximumBackupFiles()); },
+        [d](const QVariant &v) { d->setMaximumBackupFiles(v.toInt()); });
     connect(automatic, &QCheckBox::toggled, keep, &QWidget::setEnabled);
     m_refreshers.push_back([keep, d] { keep->setEnabled(d->enableAutomaticBackups()); });
     backupsLayout->addRow(automatic);
@@ -157,15 +161,19 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     auto *startupLayout = new QVBoxLayout(startup);
     auto *login = new QCheckBox(tr("Launch Zandrio at login"), startup);
     login->setObjectName(QStringLiteral("launchAtLoginBox"));
-    bindControl(login, m_refreshers, [d] { return d->launchAtLogin(); }, [d](bool v) {
-        if (setLaunchesAtLogin(v))
-            d->setLaunchAtLogin(v);
-    });
+    bindControl(
+        login, m_refreshers, [d] { return d->launchAtLogin(); },
+        [d](bool v) {
+            if (setLaunchesAtLogin(v))
+                d->setLaunchAtLogin(v);
+        });
     auto *tray = new QCheckBox(tr("Show the Zandrio icon in the system tray"), startup);
     tray->setObjectName(QStringLiteral("trayIconBox"));
-    bindControl(tray, m_refreshers, [d] { return d->showMenubarIcon(); }, [d](bool v) { d->setShowMenubarIcon(v); });
+    bindControl(
+        tray, m_refreshers, [d] { return d->showMenubarIcon(); }, [d](bool v) { d->setShowMenubarIcon(v); });
     auto *keepRunning = new QCheckBox(tr("Keep running in the tray when the main window closes"), startup);
-    bindControl(keepRunning, m_refreshers, [d] { return d->hideDockIcon(); }, [d](bool v) { d->setHideDockIcon(v); });
+    bindControl(
+        keepRunning, m_refreshers, [d] { return d->hideDockIcon(); }, [d](bool v) { d->setHideDockIcon(v); });
     connect(tray, &QCheckBox::toggled, keepRunning, &QWidget::setEnabled);
     m_refreshers.push_back([keepRunning, d] { keepRunning->setEnabled(d->showMenubarIcon()); });
     startupLayout->addWidget(login);
@@ -176,10 +184,12 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     auto *diagnostics = new QGroupBox(tr("Diagnostics"), pane);
     auto *diagnosticsLayout = new QVBoxLayout(diagnostics);
     auto *usage = new QCheckBox(tr("Record anonymous usage events in the log"), diagnostics);
-    bindControl(usage, m_refreshers, [d] { return d->sendUsage(); }, [d](bool v) { d->setSendUsage(v); });
+    bindControl(
+        usage, m_refreshers, [d] { return d->sendUsage(); }, [d](bool v) { d->setSendUsage(v); });
     auto *detailed = new QCheckBox(tr("Detailed logging"), diagnostics);
-    bindControl(detailed, m_refreshers, [d] { return d->enableDetailedLogging(); },
-         [d](bool v) { d->setEnableDetailedLogging(v); });
+    bindControl(
+        detailed, m_refreshers, [d] { return d->enableDetailedLogging(); },
+        [d](bool v) { d->setEnableDetailedLogging(v); });
     diagnosticsLayout->addWidget(usage);
     diagnosticsLayout->addWidget(detailed);
     diagnosticsLayout->addWidget(noteLabel(tr("Nothing is ever sent anywhere."), diagnostics));
@@ -212,7 +222,11 @@ QWidget *ZDPreferencesWindow::createEditorPane()
         const auto theme = ZDEditorTheme::themeNamed(name);
         if (!theme)
             continue;
-        auto *item = new QListWidgetItem(QIcon(zdThemePreview(*theme, ThemePreviewSize, ratio)), name, themes);
+        // The preview keeps its own colours when selected; the name shows the selection.
+        const QPixmap preview = zdThemePreview(*theme, ThemePreviewSize, ratio);
+        QIcon icon(preview);
+        icon.addPixmap(preview, QIcon::Selected);
+        auto *item = new QListWidgetItem(icon, name, themes);
         item->setData(Qt::UserRole, name);
         item->setToolTip(theme->isDark() ? tr("%1 (dark)").arg(name) : name);
     }
@@ -260,34 +274,42 @@ QWidget *ZDPreferencesWindow::createEditorPane()
     lineHeight->setRange(0.8, 3.0);
     lineHeight->setSingleStep(0.1);
     lineHeight->setDecimals(1);
-    bindControl(lineHeight, m_refreshers, [d] { return d->editorLineHeightMultiple(); },
-         [d](double v) { d->setEditorLineHeightMultiple(v); });
+    bindControl(
+        lineHeight, m_refreshers, [d] { return d->editorLineHeightMultiple(); },
+        [d](double v) { d->setEditorLineHeightMultiple(v); });
     form->addRow(tr("Line height:"), lineHeight);
 
     auto *tabSize = new QSpinBox(pane);
     tabSize->setObjectName(QStringLiteral("tabSizeBox"));
     tabSize->setRange(1, 16); // never 0: the tab arithmetic divides by it
-    bindControl(tabSize, m_refreshers, [d] { return d->tabSize(); }, [d](int v) { d->setTabSize(v); });
+    bindControl(
+        tabSize, m_refreshers, [d] { return d->tabSize(); }, [d](int v) { d->setTabSize(v); });
     form->addRow(tr("Tab width:"), tabSize);
 
     auto *indent = new QComboBox(pane);
     indent->setObjectName(QStringLiteral("indentMethodBox"));
     indent->addItem(tr("Spaces"), QStringLiteral("Spaces"));
     indent->addItem(tr("Tabs"), QStringLiteral("Tabs"));
-    bindControl(indent, m_refreshers, [d] { return QVariant(d->indentMethod()); },
-         [d](const QVariant &v) { d->setIndentMethod(v.toString()); });
+    bindControl(
+        indent, m_refreshers, [d] { return QVariant(d->indentMethod()); },
+        [d](const QVariant &v) { d->setIndentMethod(v.toString()); });
     form->addRow(tr("Indent using:"), indent);
 
     auto *wrapRow = new QHBoxLayout;
     auto *softWrap = new QCheckBox(tr("Wrap long lines"), pane);
     softWrap->setObjectName(QStringLiteral("softWrapBox"));
-    bindControl(softWrap, m_refreshers, [d] { return d->useSoftWrap(); }, [d](bool v) { d->setUseSoftWrap(v); });
+    bindControl(
+        softWrap, m_refreshers, [d] { return d->useSoftWrap(); }, [d](bool v) { d->setUseSoftWrap(v); });
     auto *wrapIndent = new QCheckBox(tr("Indent wrapped lines by"), pane);
-    bindControl(wrapIndent, m_refreshers, [d] { return d->enableWrapIndent(); }, [d](bool v) { d->setEnableWrapIndent(v); });
+    bindControl(
+        wrapIndent, m_refreshers, [d] { return d->enableWrapIndent(); },
+        [d](bool v) { d->setEnableWrapIndent(v); });
     auto *wrapIndentSize = new QSpinBox(pane);
     wrapIndentSize->setRange(0, 16);
     wrapIndentSize->setSuffix(tr(" spaces"));
-    bindControl(wrapIndentSize, m_refreshers, [d] { return d->wrapIndentSize(); }, [d](int v) { d->setWrapIndentSize(v); });
+    bindControl(
+        wrapIndentSize, m_refreshers, [d] { return d->wrapIndentSize(); },
+        [d](int v) { d->setWrapIndentSize(v); });
     m_refreshers.push_back([wrapIndent, wrapIndentSize, d] {
         wrapIndent->setEnabled(d->useSoftWrap());
         wrapIndentSize->setEnabled(d->useSoftWrap() && d->enableWrapIndent());
@@ -301,12 +323,14 @@ QWidget *ZDPreferencesWindow::createEditorPane()
     layout->addLayout(form);
 
     const QList<std::tuple<QString, QString, std::function<bool()>, std::function<void(bool)>>> checks{
-        {QStringLiteral("invisiblesBox"), tr("Show invisible characters"), [d] { return d->showInvisibles(); },
-         [d](bool v) { d->setShowInvisibles(v); }},
+        {QStringLiteral("invisiblesBox"), tr("Show invisible characters"),
+         [d] { return d->showInvisibles(); }, [d](bool v) { d->setShowInvisibles(v); }},
         {QStringLiteral("autoIndentBox"), tr("Indent new lines like the line before"),
-         [d] { return d->automaticallyIndentOnReturn(); }, [d](bool v) { d->setAutomaticallyIndentOnReturn(v); }},
+         [d] { return d->automaticallyIndentOnReturn(); },
+         [d](bool v) { d->setAutomaticallyIndentOnReturn(v); }},
         {QStringLiteral("autoCloseBox"), tr("Close brackets and quotes automatically"),
-         [d] { return d->automaticallyCloseBrackets(); }, [d](bool v) { d->setAutomaticallyCloseBrackets(v); }},
+         [d] { return d->automaticallyCloseBrackets(); },
+         [d](bool v) { d->setAutomaticallyCloseBrackets(v); }},
         {QStringLiteral("linkDetectionBox"), tr("Detect web and mail addresses as links"),
          [d] { return d->automaticLinkDetection(); }, [d](bool v) { d->setAutomaticLinkDetection(v); }},
     };
@@ -330,8 +354,9 @@ QWidget *ZDPreferencesWindow::createSearchPane()
     scope->setObjectName(QStringLiteral("searchScopeBox"));
     scope->addItem(tr("Titles, text and notes"), false);
     scope->addItem(tr("Titles only"), true);
-    bindControl(scope, m_refreshers, [d] { return QVariant(d->searchScopeTitleOnly()); },
-         [d](const QVariant &v) { d->setSearchScopeTitleOnly(v.toBool()); });
+    bindControl(
+        scope, m_refreshers, [d] { return QVariant(d->searchScopeTitleOnly()); },
+        [d](const QVariant &v) { d->setSearchScopeTitleOnly(v.toBool()); });
     layout->addRow(tr("Search in:"), scope);
     const QList<std::tuple<QString, QString, std::function<bool()>, std::function<void(bool)>>> checks{
         {QStringLiteral("fuzzyBox"), tr("Match words approximately (fuzzy search)"),
@@ -347,8 +372,9 @@ QWidget *ZDPreferencesWindow::createSearchPane()
         bindControl(box, m_refreshers, get, set);
         layout->addRow(box);
     }
-    layout->addRow(noteLabel(tr("Results of a search replace the snippet list; arranged by relevance, the best "
-                                "matches come first, otherwise the list keeps its sort order."),
-                             pane));
+    layout->addRow(
+        noteLabel(tr("Results of a search replace the snippet list; arranged by relevance, the best "
+                     "matches come first, otherwise the list keeps its sort order."),
+                  pane));
     return pane;
 }

@@ -6,7 +6,8 @@
 #include "ZDSnippetPart.h"
 #include "ZDTag.h"
 
-ZDSnippetEditing::ZDSnippetEditing(ZDDataCenter *center, QObject *sender, ZDMulticastDelegateHandler *notifier)
+ZDSnippetEditing::ZDSnippetEditing(ZDDataCenter *center, QObject *sender,
+                                   ZDMulticastDelegateHandler *notifier)
     : m_center(center), m_sender(sender),
       m_notifier(notifier ? notifier : &ZDMulticastDelegateHandler::globalHandler())
 {
@@ -106,7 +107,8 @@ bool ZDSnippetEditing::removePart(const ZDSnippetPtr &snippet, const ZDSnippetPa
     return true;
 }
 
-bool ZDSnippetEditing::renamePart(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part, const QString &title)
+bool ZDSnippetEditing::renamePart(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part,
+                                  const QString &title)
 {
     const QString trimmed = title.trimmed();
     if (!snippet || !part || trimmed.isEmpty() || part->title() == trimmed)

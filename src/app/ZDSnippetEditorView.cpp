@@ -11,6 +11,7 @@
 #include "ZDTagTokenField.h"
 #include "ZDUserDefaults.h"
 
+#include <QAction>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
@@ -32,11 +33,11 @@ ZDSnippetPtr snapshotOf(const ZDSnippet &snippet)
 {
     QList<ZDSnippetPartPtr> parts;
     for (const ZDSnippetPartPtr &part : snippet.parts())
-        parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(), part->note(),
-                                                     part->content(), part->dateCreated(), part->dateModified(),
-                                                     part->snippetUUID()));
-    return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(), snippet.tagUUIDs(),
-                                       snippet.gistIdentifier(), snippet.githubUsername(),
+        parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(),
+                                                     part->note(), part->content(), part->dateCreated(),
+                                                     part->dateModified(), part->snippetUUID()));
+    return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(),
+                                       snippet.tagUUIDs(), snippet.gistIdentifier(), snippet.githubUsername(),
                                        snippet.githubHTMLURL(), parts, snippet.dateCreated(),
                                        snippet.dateModified());
 }
@@ -48,11 +49,13 @@ bool listContains(const ZDSnippetList &snippets, const ZDSnippetPtr &snippet)
 }
 } // namespace
 
-ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter *highlighter, QWidget *parent)
+ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter *highlighter,
+                                         QWidget *parent)
     : QWidget(parent), m_center(dataCenter), m_highlighter(highlighter),
       m_defaults(ZDUserDefaults::standardUserDefaults()), m_editing(dataCenter, this)
 {
     buildWidgets();
+    createActions();
     m_commitTimer = new QTimer(this);
     m_commitTimer->setSingleShot(true);
     m_commitTimer->setInterval(TextCommitDelayMs);
@@ -123,16 +126,19 @@ void ZDSnippetEditorView::buildWidgets()
     m_parts->setMovable(true);
     m_parts->setDocumentMode(true);
     m_parts->setExpanding(false);
-    m_parts->setElideMode(Qt::ElideRight);
+    m_parts->setElideMode(Qt::ElideNone);
+    m_parts->setUsesScrollButtons(true);
     m_parts->setFocusPolicy(Qt::StrongFocus);
     m_parts->setContextMenuPolicy(Qt::CustomContextMenu);
-    barLayout->addWidget(m_parts, 1);
+    // The bar is built empty; without a floor the layout keeps the height of that moment.
+    m_parts->setMinimumHeight(m_parts->fontMetrics().height() + 14);
+    barLayout->addWidget(m_parts);
     m_addPart = new QToolButton(bar);
     m_addPart->setText(QStringLiteral("+"));
     m_addPart->setToolTip(tr("Add a fragment"));
     m_addPart->setAutoRaise(true);
     barLayout->addWidget(m_addPart);
-    barLayout->addStretch(0);
+    barLayout->addStretch(1);
     m_language = new ZDLanguageChooser(bar);
     m_language->setAutoRaise(true);
     barLayout->addWidget(m_language);
@@ -199,9 +205,10 @@ void ZDSnippetEditorView::buildWidgets()
             return;
         selectPart(index);
         QMenu menu(this);
-        menu.addAction(tr("Rename Fragment…"), this, &ZDSnippetEditorView::renameCurrentPartInteractively);
-        QAction *remove = menu.addAction(tr("Remove Fragment"), this, &ZDSnippetEditorView::removeCurrentPart);
-        remove->setEnabled(m_snippet && m_snippet->partsCount() > 1);
+        menu.addAction(partAction(QStringLiteral("renamePart")));
+        menu.addAction(partAction(QStringLiteral("removePart")));
+        menu.addSeparator();
+        menu.addAction(partAction(QStringLiteral("addPart")));
         menu.exec(m_parts->mapToGlobal(point));
     });
     connect(m_addPart, &QToolButton::clicked, this, &ZDSnippetEditorView::addPart);
@@ -234,10 +241,47 @@ void ZDSnippetEditorView::buildWidgets()
     });
 }
 
+void ZDSnippetEditorView::createActions()
+{
+    const auto add = [this](const char *identifier, const QString &title, const QKeySequence &shortcut,
+                            std::function<void()> handler) {
+        auto *action = new QAction(title, this);
+        action->setObjectName(QString::fromLatin1(identifier));
+        action->setShortcut(shortcut);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, std::move(handler));
+        addAction(action);
+        m_actions.insert(QString::fromLatin1(identifier), action);
+    };
+    add("addPart", tr("New Fragment"), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N), [this] { addPart(); });
+    add("removePart", tr("Remove Fragment"), {}, [this] { removeCurrentPart(); });
+    add("renamePart", tr("Rename Fragment…"), QKeySequence(Qt::Key_F2),
+        [this] { renameCurrentPartInteractively(); });
+    add("nextPart", tr("Next Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageDown),
+        [this] { selectPart((currentPartIndex() + 1) % std::max(1, int(m_parts->count()))); });
+    add("previousPart", tr("Previous Fragment"), QKeySequence(Qt::CTRL | Qt::Key_PageUp), [this] {
+        const int count = std::max(1, int(m_parts->count()));
+        selectPart((currentPartIndex() + count - 1) % count);
+    });
+}
+
+void ZDSnippetEditorView::updateActions()
+{
+    const bool hasSnippet = bool(m_snippet);
+    for (QAction *action : std::as_const(m_actions))
+        action->setEnabled(hasSnippet);
+    m_actions.value(QStringLiteral("removePart"))->setEnabled(hasSnippet && m_snippet->partsCount() > 1);
+}
+
 // Showing a snippet -----------------------------------------------------------------------------
 
 void ZDSnippetEditorView::setSnippet(ZDSnippetPtr snippet)
 {
+    // Selecting the shown snippet again (a list reloading its rows) keeps the editing state.
+    if (snippet && m_snippet && snippet->isEqual(m_snippet.get())) {
+        reconsider(snippet);
+        return;
+    }
     commitPendingText();
     m_snippet = std::move(snippet);
     m_shownPartUUID.clear();
@@ -288,6 +332,7 @@ bool ZDSnippetEditorView::selectPartWithUUID(const QString &UUID)
 void ZDSnippetEditorView::reload()
 {
     m_titleDirty = false;
+    updateActions();
     if (!m_snippet) {
         m_shown.reset();
         m_stack->setCurrentWidget(m_emptyLabel);
@@ -315,6 +360,7 @@ void ZDSnippetEditorView::reload()
         m_parts->setTabToolTip(i, parts.at(i)->language().displayName());
     }
     m_parts->setCurrentIndex(selected);
+    m_parts->updateGeometry();
     m_loading = false;
     showPart(selected);
     rememberShownState();
@@ -482,9 +528,13 @@ void ZDSnippetEditorView::reconsider(const ZDSnippetPtr &announced)
 {
     if (!m_snippet || !announced || !announced->isEqual(m_snippet.get()))
         return;
-    // The store may have put another object in place of the shown one.
-    if (announced != m_snippet)
-        m_snippet = announced;
+    // The store may have put another object in place of the shown one; notices can arrive out
+    // of order, so the store says which object is current.
+    if (announced != m_snippet) {
+        const ZDSnippetPtr current = m_center ? m_center->snippetWithUUID(announced->UUID()) : announced;
+        if (current)
+            m_snippet = current;
+    }
     if (m_shown && m_snippet->isIdentical(m_shown.get()))
         return;
     m_titleDirty = m_textDirty = false;

@@ -4,8 +4,10 @@
 #include "ZDRecordTypes.h"
 #include "ZDSnippetEditing.h"
 
+#include <QHash>
 #include <QWidget>
 
+class QAction;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -31,6 +33,8 @@ class ZDUserDefaults;
 /// before another snippet is shown). When a notice names the shown snippet, the pane reloads
 /// only when the snippet is no longer identical to what it shows, so its own notices, and
 /// notices that change nothing, keep the caret, selection, scroll position and undo history.
+///
+/// Destroy the pane before the library store: it saves the last typing when it goes.
 class ZDSnippetEditorView : public QWidget, public ZDLibraryListener
 {
     Q_OBJECT
@@ -43,7 +47,8 @@ public:
     ~ZDSnippetEditorView() override;
 
     /// Shows a snippet (its first part); null shows the empty state. Text typed into the
-    /// previous snippet is saved first.
+    /// previous snippet is saved first. The shown snippet set again is treated like a notice
+    /// about it: reloaded only when it changed.
     void setSnippet(ZDSnippetPtr snippet);
     ZDSnippetPtr snippet() const { return m_snippet; }
 
@@ -63,6 +68,9 @@ public:
     ZDLanguageChooser *languageChooser() const { return m_language; }
     ZDSyntaxHighlightedTextView *codeView() const { return m_code; }
     QPlainTextEdit *notesView() const { return m_notes; }
+    /// The fragment commands with their shortcuts, for the window's menus: "addPart",
+    /// "removePart", "renamePart", "nextPart", "previousPart".
+    QAction *partAction(const QString &identifier) const { return m_actions.value(identifier); }
 
 public Q_SLOTS:
     /// Adds a part after the current one, in the current part's language, and selects it.
@@ -87,6 +95,8 @@ protected:
 
 private:
     void buildWidgets();
+    void createActions();
+    void updateActions();
     void reconsider(const ZDSnippetPtr &announced);
     void reload();
     void showPart(int index);
@@ -122,4 +132,5 @@ private:
     ZDSyntaxHighlightedTextView *m_code = nullptr;
     QPlainTextEdit *m_notes = nullptr;
     QTimer *m_commitTimer = nullptr;
+    QHash<QString, QAction *> m_actions;
 };

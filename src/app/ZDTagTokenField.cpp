@@ -60,7 +60,10 @@ protected:
     }
 
 private:
-    QRect removeArea() const { return {width() - ChipPadding - RemoveMarkWidth + 4, 0, RemoveMarkWidth, height()}; }
+    QRect removeArea() const
+    {
+        return {width() - ChipPadding - RemoveMarkWidth + 4, 0, RemoveMarkWidth, height()};
+    }
 
     QString m_name;
     std::function<void()> m_remove;
@@ -91,7 +94,8 @@ ZDTagTokenField::ZDTagTokenField(QWidget *parent) : QWidget(parent)
     connect(m_completer, qOverload<const QString &>(&QCompleter::activated), this,
             [this](const QString &name) {
                 QMetaObject::invokeMethod(
-                    this, [this, name] {
+                    this,
+                    [this, name] {
                         m_edit->clear();
                         addTagName(name);
                     },
@@ -164,10 +168,14 @@ void ZDTagTokenField::rebuildChips()
     qDeleteAll(m_chips);
     m_chips.clear();
     for (int i = 0; i < m_names.size(); ++i) {
-        auto *chip = new ZDTagChip(m_names.at(i), [this, i] {
-            // The chip goes away with the rebuild it causes.
-            QMetaObject::invokeMethod(this, [this, i] { removeTagNameAt(i); }, Qt::QueuedConnection);
-        }, this);
+        auto *chip = new ZDTagChip(
+            m_names.at(i),
+            [this, i] {
+                // The chip goes away with the rebuild it causes.
+                QMetaObject::invokeMethod(
+                    this, [this, i] { removeTagNameAt(i); }, Qt::QueuedConnection);
+            },
+            this);
         m_layout->insertWidget(i, chip);
         m_chips.append(chip);
     }

@@ -34,7 +34,11 @@ QPixmap zdThemePreview(const ZDEditorTheme &theme, QSize size, qreal devicePixel
     const QList<QList<Run>> lines{
         {{"def", "Keyword"}, {" ", ""}, {"greet", "Name.Function"}, {"(name):", "Punctuation"}},
         {{"    ", ""}, {"# say hello", "Comment.Single"}},
-        {{"    ", ""}, {"return", "Keyword"}, {" ", ""}, {"\"Hi, \"", "Literal.String"}, {" + ", "Operator"},
+        {{"    ", ""},
+         {"return", "Keyword"},
+         {" ", ""},
+         {"\"Hi, \"", "Literal.String"},
+         {" + ", "Operator"},
          {"name", "Name"}},
         {{"greet", "Name"}, {"(", "Punctuation"}, {"42", "Literal.Number"}, {")", "Punctuation"}},
     };

@@ -38,7 +38,8 @@ class TestPreferencesWindow : public QObject
     {
         QStringList identifiers;
         for (int row = 0; row < pane->filterModel()->rowCount(); ++row)
-            identifiers.append(pane->filterModel()->index(row, ZDLanguageTableModel::IdentifierColumn).data().toString());
+            identifiers.append(
+                pane->filterModel()->index(row, ZDLanguageTableModel::IdentifierColumn).data().toString());
         return identifiers;
     }
 
@@ -78,7 +79,8 @@ private Q_SLOTS:
 
         control<QDoubleSpinBox>("fontSizeBox")->setValue(15);
         QCOMPARE(defaults().editorFont().pointSize, 15.0);
-        QCOMPARE(defaults().editorFont().family, control<QFontComboBox>("fontFamilyBox")->currentFont().family());
+        QCOMPARE(defaults().editorFont().family,
+                 control<QFontComboBox>("fontFamilyBox")->currentFont().family());
     }
 
     void controlsShowChangesMadeElsewhere()
@@ -112,7 +114,8 @@ private Q_SLOTS:
         auto *pane = m_window->findChild<ZDLanguagesPane *>();
         QVERIFY(pane);
         QVERIFY(!shownIdentifiers(pane).contains(QStringLiteral("TextLexer")));
-        QCOMPARE(shownIdentifiers(pane).size(), ZDLanguageRegistry::shared()->availableLanguages().size() - 1);
+        QCOMPARE(shownIdentifiers(pane).size(),
+                 ZDLanguageRegistry::shared()->availableLanguages().size() - 1);
 
         // Names and aliases match ignoring case and diacritics.
         pane->searchField()->setText(QStringLiteral("P\u00DDTHON"));
@@ -126,13 +129,13 @@ private Q_SLOTS:
         QStringList active = defaults().activeLanguageIdentifiers();
         active.removeAll(QStringLiteral("TextLexer"));
         const QStringList shown = shownIdentifiers(pane);
-        QCOMPARE(QSet<QString>(shown.cbegin(), shown.cend()),
-                 QSet<QString>(active.cbegin(), active.cend()));
+        QCOMPARE(QSet<QString>(shown.cbegin(), shown.cend()), QSet<QString>(active.cbegin(), active.cend()));
 
         const int pythonRow = int(shownIdentifiers(pane).indexOf(QStringLiteral("PythonLexer")));
         QVERIFY(pythonRow >= 0);
-        pane->filterModel()->setData(pane->filterModel()->index(pythonRow, ZDLanguageTableModel::ActiveColumn),
-                                     Qt::Unchecked, Qt::CheckStateRole);
+        pane->filterModel()->setData(
+            pane->filterModel()->index(pythonRow, ZDLanguageTableModel::ActiveColumn), Qt::Unchecked,
+            Qt::CheckStateRole);
         QVERIFY(!defaults().activeLanguageIdentifiers().contains(QStringLiteral("PythonLexer")));
         QVERIFY(!shownIdentifiers(pane).contains(QStringLiteral("PythonLexer")));
         const QList<ZDLanguage> registryActive = ZDLanguageRegistry::shared()->activeLanguages();

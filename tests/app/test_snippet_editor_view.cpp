@@ -6,18 +6,21 @@
 #include "ZDLanguageRegistry.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDSnippet.h"
+#include "ZDSnippetEditing.h"
 #include "ZDSnippetEditorView.h"
 #include "ZDSnippetPart.h"
 #include "ZDSyntaxHighlightedTextView.h"
 #include "ZDTag.h"
 #include "ZDTagTokenField.h"
 #include "ZDTestSupport.h"
-#include "ZDWriteTimer.h"
 #include "ZDUserDefaults.h"
+#include "ZDWriteTimer.h"
 
+#include <QCompleter>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTabBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -74,7 +77,8 @@ class TestSnippetEditorView : public QObject
     void deliverNotices()
     {
         ZDMulticastDelegateHandler::globalHandler().noteApplicationInitialized(nullptr);
-        QVERIFY(ZDTestSupport::waitFor([&] { return m_recorder.notices.contains(QStringLiteral("marker")); }));
+        QVERIFY(
+            ZDTestSupport::waitFor([&] { return m_recorder.notices.contains(QStringLiteral("marker")); }));
         m_recorder.notices.removeAll(QStringLiteral("marker"));
         QTest::qWait(20);
     }
@@ -124,7 +128,8 @@ private Q_SLOTS:
         m_view->tagsField()->lineEdit()->setText(QStringLiteral("Caf\u00e9"));
         QTest::keyClicks(m_view->tagsField()->lineEdit(), QStringLiteral(",shell"));
         QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Return);
-        QCOMPARE(m_view->tagsField()->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
+        QCOMPARE(m_view->tagsField()->tagNames(),
+                 (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
         QCOMPARE(m_center->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("shell")}));
         QCOMPARE(m_snippet->tagsCount(), 2);
         QTest::keyClick(m_view->tagsField()->lineEdit(), Qt::Key_Backspace); // removes the last token
@@ -133,8 +138,8 @@ private Q_SLOTS:
         m_view->addPart();
         m_view->renamePart(1, QStringLiteral("setup.py"));
         m_view->addPart();
-        QCOMPARE(partTitles(*m_snippet),
-                 (QStringList{QStringLiteral("Fragment"), QStringLiteral("setup.py"), QStringLiteral("Fragment 2")}));
+        QCOMPARE(partTitles(*m_snippet), (QStringList{QStringLiteral("Fragment"), QStringLiteral("setup.py"),
+                                                      QStringLiteral("Fragment 2")}));
         m_view->partBar()->moveTab(2, 0);
         QCOMPARE(partTitles(*m_snippet).constFirst(), QStringLiteral("Fragment 2"));
         m_view->removePartAt(0);
@@ -143,7 +148,8 @@ private Q_SLOTS:
         m_view->removePartAt(0); // the last part stays
         QCOMPARE(partTitles(*m_snippet), QStringList{QStringLiteral("setup.py")});
 
-        const ZDLanguage python = ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer"));
+        const ZDLanguage python =
+            ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer"));
         Q_EMIT m_view->languageChooser()->languageChosen(python);
         QCOMPARE(m_snippet->parts().constFirst()->language(), python);
         QCOMPARE(m_view->codeView()->currentLexer(), QStringLiteral("PythonLexer"));
@@ -158,7 +164,8 @@ private Q_SLOTS:
         m_view->commitPendingText();
         deliverNotices();
         QCOMPARE(m_recorder.notices.count(QStringLiteral("content")), before + 1);
-        for (const QString &kind : {QStringLiteral("title"), QStringLiteral("tags"), QStringLiteral("language")})
+        for (const QString &kind :
+             {QStringLiteral("title"), QStringLiteral("tags"), QStringLiteral("language")})
             QVERIFY2(m_recorder.notices.contains(kind), qPrintable(kind));
         QVERIFY(std::all_of(m_recorder.senders.cbegin(), m_recorder.senders.cend(),
                             [&](QObject *sender) { return sender == m_view.get(); }));
@@ -191,15 +198,20 @@ private Q_SLOTS:
         m_view->titleField()->setText(QString());
         QTest::keyClicks(m_view->titleField(), QStringLiteral("Draft"));
         ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(m_snippet, nullptr);
+        deliverNotices(); // notices posted together may arrive in either order
         const ZDSnippetPtr copy = std::make_shared<ZDSnippet>(
             m_snippet->title(), m_snippet->UUID(), m_snippet->folderUUID(), m_snippet->tagUUIDs(), QString(),
             QString(), QString(), m_snippet->parts(), m_snippet->dateCreated(), m_snippet->dateModified());
+        m_center->addSnippet(copy); // replaces the stored object
         ZDMulticastDelegateHandler::globalHandler().noteSnippetTitleChanged(copy, nullptr);
         deliverNotices();
         QCOMPARE(m_view->titleField()->text(), QStringLiteral("Draft"));
         QCOMPARE(code->selectedRange().location, 9);
         QVERIFY(code->document()->isUndoAvailable());
         QCOMPARE(m_view->snippet(), copy); // edits go to the object the store holds now
+        m_view->setSnippet(m_snippet);     // selected again, by an outdated object
+        QCOMPARE(code->selectedRange().location, 9);
+        QCOMPARE(m_view->snippet(), copy);
 
         // Changed elsewhere: the pane shows the new state.
         copy->parts().constFirst()->setContent(QStringLiteral("rewritten"));
@@ -242,7 +254,9 @@ private Q_SLOTS:
         QCOMPARE(shown.constFirst().identifier(), QStringLiteral("PythonLexer"));
         QVERIFY(std::all_of(shown.cbegin(), shown.cend(), [](const ZDLanguage &language) {
             return language.displayName().contains(QStringLiteral("py"), Qt::CaseInsensitive) ||
-                   language.aliases().join(QLatin1Char(' ')).contains(QStringLiteral("py"), Qt::CaseInsensitive);
+                   language.aliases()
+                       .join(QLatin1Char(' '))
+                       .contains(QStringLiteral("py"), Qt::CaseInsensitive);
         }));
         QTest::keyClick(popup->searchField(), Qt::Key_Down);
         QTest::keyClick(popup->searchField(), Qt::Key_Down);
@@ -250,6 +264,55 @@ private Q_SLOTS:
         QVERIFY(popup->list()->currentItem()->flags() & Qt::ItemIsEnabled);
         QTest::keyClick(popup->searchField(), Qt::Key_Return);
         QCOMPARE(m_snippet->parts().constFirst()->language().displayName(), expected);
+    }
+
+    void tagFieldTokensAndCompletion()
+    {
+        ZDTagTokenField field;
+        QSignalSpy edits(&field, &ZDTagTokenField::tagNamesEdited);
+        field.setCompletionNames({QStringLiteral("shell"), QStringLiteral("Python"), QStringLiteral("go")});
+        field.setTagNames({QStringLiteral("python")});
+        QCOMPARE(edits.count(), 0); // shown, not edited
+        QCOMPARE(field.completionNames(), (QStringList{QStringLiteral("go"), QStringLiteral("shell")}));
+
+        QTest::keyClicks(field.lineEdit(), QStringLiteral("PYTHON,go"));
+        QTest::keyClick(field.lineEdit(), Qt::Key_Tab);
+        QCOMPARE(field.tagNames(), (QStringList{QStringLiteral("python"), QStringLiteral("go")}));
+        QCOMPARE(edits.count(), 1);
+        QCOMPARE(field.completionNames(), QStringList{QStringLiteral("shell")});
+        QVERIFY(field.lineEdit()->text().isEmpty());
+
+        // A chosen completion becomes a token.
+        Q_EMIT field.completer()->activated(QStringLiteral("shell"));
+        QVERIFY(ZDTestSupport::waitFor([&] { return field.tagNames().size() == 3; }));
+        QVERIFY(field.completionNames().isEmpty());
+
+        QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
+        QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
+        QCOMPARE(field.tagNames(), QStringList{QStringLiteral("python")});
+        QTest::keyClick(field.lineEdit(), Qt::Key_A);
+        QTest::keyClick(field.lineEdit(), Qt::Key_Backspace); // deletes the letter, not a token
+        QCOMPARE(field.tagNames(), QStringList{QStringLiteral("python")});
+    }
+
+    void partTitlesAndTagNamesAreNormalised()
+    {
+        QCOMPARE(ZDSnippetEditing::newPartTitle({}), QStringLiteral("Fragment"));
+        QCOMPARE(ZDSnippetEditing::newPartTitle({QStringLiteral("Fragment 2")}), QStringLiteral("Fragment"));
+        QCOMPARE(ZDSnippetEditing::newPartTitle({QStringLiteral("Fragment"), QStringLiteral("Fragment 2")}),
+                 QStringLiteral("Fragment 3"));
+
+        ZDSnippetEditing editing(m_center.get(), this);
+        QVERIFY(editing.setTagNames(m_snippet, {QStringLiteral(" Shell "), QStringLiteral("shell"), QString(),
+                                                QStringLiteral("CAF\u00C9"), QStringLiteral("   ")}));
+        QCOMPARE(m_center->tagNames(), (QStringList{QStringLiteral("cafe"), QStringLiteral("Shell")}));
+        QCOMPARE(m_snippet->tagsCount(), 2);
+        const QDateTime stamped = m_snippet->dateModified();
+        QVERIFY(
+            !editing.setTagNames(m_snippet, {QStringLiteral("shell"), QStringLiteral("Cafe")})); // same tags
+        QCOMPARE(m_snippet->dateModified(), stamped);
+        QVERIFY(!editing.renamePart(m_snippet, m_snippet->parts().constFirst(), QStringLiteral("  ")));
+        QVERIFY(!editing.movePart(m_snippet, 0, 1)); // out of range: one part only
     }
 };
 

@@ -309,8 +309,8 @@ private Q_SLOTS:
         m_view->setHighlighter(&bridge);
         m_view->showText(QStringLiteral("def f():\n    return 'x'\n"), QStringLiteral("PythonLexer"));
         const QColor keyword(0xB8, 0x33, 0xA1);
-        QCOMPARE(drawnColor(*m_view, 0), keyword);     // def
-        QCOMPARE(drawnColor(*m_view, 13), keyword);    // return
+        QCOMPARE(drawnColor(*m_view, 0), keyword);                   // def
+        QCOMPARE(drawnColor(*m_view, 13), keyword);                  // return
         QCOMPARE(drawnColor(*m_view, 20), QColor(0xCF, 0x31, 0x25)); // 'x'
 
         setMarkedText(*m_view, QStringLiteral("def f():\n    «»return 'x'\n"));
