@@ -1,0 +1,114 @@
+#include "ZDSnippetCollection.h"
+
+#include "ZDCategoryNode.h"
+#include "ZDPredicate.h"
+#include "ZDSnippet.h"
+#include "ZDSnippetKeyPaths.h"
+#include "ZDUserDefaults.h"
+
+#include <QCollator>
+#include <QCollatorSortKey>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace ZDSnippetCollection {
+
+ZDSnippetList snippetsForNode(const ZDCategoryNode &node, const ZDSnippetList &snippets,
+                              const QSet<QString> &knownFolderUUIDs)
+{
+    ZDSnippetList result;
+    auto keep = [&](auto &&predicate) {
+        for (const ZDSnippetPtr &snippet : snippets) {
+            if (predicate(*snippet))
+                result << snippet;
+        }
+    };
+    switch (node.nodeType()) {
+    case ZDCategoryNode::AllSnippets:
+        return snippets;
+    case ZDCategoryNode::Uncategorized:
+        keep([&](const ZDSnippet &s) { return !knownFolderUUIDs.contains(s.folderUUID()); });
+        break;
+    case ZDCategoryNode::Folder:
+    case ZDCategoryNode::Shortcut: {
+        const QString UUID = node.UUID();
+        keep([&](const ZDSnippet &s) { return s.folderUUID() == UUID; });
+        break;
+    }
+    case ZDCategoryNode::Tag: {
+        const QString UUID = node.UUID();
+        keep([&](const ZDSnippet &s) { return s.tagUUIDs().contains(UUID); });
+        break;
+    }
+    case ZDCategoryNode::SmartGroup: {
+        const ZDPredicate predicate = ZDPredicate::fromFormat(node.predicateString());
+        if (predicate.isValid())
+            keep([&](const ZDSnippet &s) { return ZDSnippetKeyPaths::evaluate(predicate, s); });
+        break;
+    }
+    default:
+        break;
+    }
+    return result;
+}
+
+void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder)
+{
+    const bool ascending = sortOrder == SortOrderAscending;
+    std::vector<qsizetype> order(size_t(snippets.size()));
+    std::iota(order.begin(), order.end(), 0);
+
+    // Keys are computed once per snippet: a modification date looks at every part, and titles
+    // compare through collation keys.
+    if (sortMethod == SortByDateModified || sortMethod == SortByDateCreated) {
+        std::vector<qint64> keys;
+        keys.reserve(order.size());
+        for (const ZDSnippetPtr &snippet : snippets) {
+            const QDateTime date = sortMethod == SortByDateModified ? snippet->canonicalDateModified()
+                                                                    : snippet->dateCreated();
+            keys.push_back(date.toMSecsSinceEpoch());
+        }
+        std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) {
+            return ascending ? keys[size_t(a)] < keys[size_t(b)] : keys[size_t(a)] > keys[size_t(b)];
+        });
+    } else {
+        const QCollator collator = titleCollator();
+        std::vector<QCollatorSortKey> keys;
+        keys.reserve(order.size());
+        for (const ZDSnippetPtr &snippet : snippets)
+            keys.push_back(collator.sortKey(snippet->title()));
+        std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) {
+            const int c = keys[size_t(a)].compare(keys[size_t(b)]);
+            return ascending ? c < 0 : c > 0;
+        });
+    }
+    ZDSnippetList sorted;
+    sorted.reserve(snippets.size());
+    for (qsizetype i : order)
+        sorted << snippets[i];
+    snippets = std::move(sorted);
+}
+
+QCollator titleCollator()
+{
+    // The C locale collates by code point and knows no numeric mode.
+    QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+QString languagesSummary(const ZDSnippet &snippet)
+{
+    QStringList names;
+    for (const ZDSnippetPartPtr &part : snippet.parts()) {
+        const QString name = part->language().displayName();
+        if (!name.isEmpty() && !names.contains(name))
+            names << name;
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+} // namespace ZDSnippetCollection
