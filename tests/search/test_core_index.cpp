@@ -1,3 +1,4 @@
+#include "ZDManualWriteTimer.h"
 #include "ZDSearchTestSupport.h"
 
 #include "ZDCategoryNode.h"
@@ -11,23 +12,6 @@
 #include <QTemporaryDir>
 
 namespace {
-
-class ManualTimer : public ZDWriteTimer
-{
-public:
-    void start(std::function<void()> tick) override
-    {
-        m_tick = std::move(tick);
-        m_active = true;
-    }
-    void stop() override { m_active = false; }
-    bool isActive() const override { return m_active; }
-    void fire() { m_tick(); }
-
-private:
-    std::function<void()> m_tick;
-    bool m_active = false;
-};
 
 } // namespace
 
@@ -63,7 +47,7 @@ protected:
         source.tags = [this] { return ZDTagList{python, shell}; };
         source.hasValidLibrary = [this] { return valid; };
         source.activeLanguageIdentifiers = [] { return QStringList{QStringLiteral("RustLexer")}; };
-        auto timer = std::make_unique<ManualTimer>();
+        auto timer = std::make_unique<ZDManualWriteTimer>();
         manualTimer = timer.get();
         index = std::make_unique<ZDCoreIndex>(source, notifier, defaults, std::move(timer));
         return *index;
@@ -86,7 +70,7 @@ protected:
     ZDCategoryNodePtr parent, child;
     ZDTagPtr python, shell;
     bool valid = true;
-    ManualTimer *manualTimer = nullptr;
+    ZDManualWriteTimer *manualTimer = nullptr;
     std::unique_ptr<ZDCoreIndex> index;
 };
 

@@ -4,37 +4,15 @@
 #include "ZDDataCenter.h"
 #include "ZDLanguageRegistry.h"
 #include "ZDLibraryListener.h"
+#include "ZDManualWriteTimer.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDSnippet.h"
 #include "ZDTag.h"
-#include "ZDUserDefaults.h"
 #include "ZDTestSupport.h"
-#include "ZDWriteTimer.h"
+#include "ZDUserDefaults.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
-
-// A write tick that fires only when the test says so.
-class ZDManualWriteTimer : public ZDWriteTimer
-{
-public:
-    void start(std::function<void()> tick) override
-    {
-        m_tick = std::move(tick);
-        m_active = true;
-    }
-    void stop() override { m_active = false; }
-    bool isActive() const override { return m_active; }
-    void fire()
-    {
-        if (m_active)
-            m_tick();
-    }
-
-private:
-    std::function<void()> m_tick;
-    bool m_active = false;
-};
 
 class ZDLibraryChangeCounter : public ZDLibraryListener
 {
@@ -85,7 +63,8 @@ struct ZDTestLibrary
     }
 };
 
-inline ZDSnippetPtr zdTestSnippet(const QString &title, const QString &folderUUID = QLatin1String(ZDUncategorizedUUID),
+inline ZDSnippetPtr zdTestSnippet(const QString &title,
+                                  const QString &folderUUID = QLatin1String(ZDUncategorizedUUID),
                                   const QString &content = QStringLiteral("print('hi')"))
 {
     ZDSnippetPtr snippet = ZDSnippet::create(title, folderUUID);

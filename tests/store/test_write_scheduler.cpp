@@ -1,3 +1,4 @@
+#include "ZDManualWriteTimer.h"
 #include "ZDWriteScheduler.h"
 
 #include "ZDTestSupport.h"
@@ -12,31 +13,9 @@
 
 namespace {
 
-// A tick that fires only when the test says so.
-class ManualWriteTimer : public ZDWriteTimer
-{
-public:
-    void start(std::function<void()> tick) override
-    {
-        m_tick = std::move(tick);
-        m_active = true;
-    }
-    void stop() override { m_active = false; }
-    bool isActive() const override { return m_active; }
-    void fire()
-    {
-        if (m_active)
-            m_tick();
-    }
-
-private:
-    std::function<void()> m_tick;
-    bool m_active = false;
-};
-
 struct Schedule
 {
-    ManualWriteTimer *timer = new ManualWriteTimer;
+    ZDManualWriteTimer *timer = new ZDManualWriteTimer;
     std::atomic<int> writes{0};
     std::atomic<bool> failing{false};
     ZDWriteScheduler scheduler{[this] {
