@@ -189,11 +189,9 @@ private:
             return true;
         }
         case PLIST_DATA: {
-            char *bytes = nullptr;
             uint64_t length = 0;
-            plist_get_data_val(node, &bytes, &length);
-            *out = QByteArray(bytes, qsizetype(length));
-            std::free(bytes);
+            const char *bytes = plist_get_data_ptr(node, &length);
+            *out = bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray("", 0);
             return true;
         }
         case PLIST_DATE: {
