@@ -1,7 +1,5 @@
 #include "ZDBinaryPlistCheck.h"
 
-#include <QHash>
-
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -41,18 +39,19 @@ public:
 
         // Depth-first over what the top object reaches; an object is walked again only when
         // reached deeper than before, so a cycle ends at the depth limit.
-        QHash<uint64_t, int> deepest;
+        // Indexed by object (the count is bounded by the file size above); 0 is never reached.
+        std::vector<uint8_t> deepest(m_objectCount, 0);
         std::vector<std::pair<uint64_t, int>> stack{{top, 1}};
+        std::vector<uint64_t> children;
         while (!stack.empty()) {
             const auto [object, depth] = stack.back();
             stack.pop_back();
             if (depth > kMaximumNesting)
                 return fail(reason, QStringLiteral("nested too deeply or cyclic"));
-            auto seen = deepest.find(object);
-            if (seen != deepest.end() && *seen >= depth)
+            if (deepest[object] >= depth)
                 continue;
-            deepest.insert(object, depth);
-            std::vector<uint64_t> children;
+            deepest[object] = uint8_t(depth);
+            children.clear();
             if (!visit(object, &children))
                 return fail(reason, QStringLiteral("malformed object %1").arg(object));
             for (uint64_t child : children)

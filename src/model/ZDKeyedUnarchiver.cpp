@@ -4,13 +4,14 @@
 
 #include <QDateTime>
 #include <QHash>
-#include <QSet>
 
 #include <plist/plist.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -27,20 +28,32 @@ struct PlistDeleter
 };
 using PlistHolder = std::unique_ptr<void, PlistDeleter>;
 
-QString takeString(char *chars)
-{
-    const QString string = chars ? QString::fromUtf8(chars) : QString();
-    std::free(chars);
-    return string;
-}
-
 QString stringValue(plist_t node)
 {
     if (!node || plist_get_node_type(node) != PLIST_STRING)
         return {};
-    char *chars = nullptr;
-    plist_get_string_val(node, &chars);
-    return takeString(chars);
+    uint64_t length = 0;
+    const char *chars = plist_get_string_ptr(node, &length);
+    return chars ? QString::fromUtf8(chars, qsizetype(length)) : QString();
+}
+
+// Field names repeat in every record, so each is made a QString once per thread and shared.
+// The cache is bounded, since an archive may name as many fields as it likes.
+QString fieldName(char *chars)
+{
+    thread_local std::unordered_map<std::string, QString> names;
+    if (!chars)
+        return {};
+    const std::string key(chars);
+    std::free(chars);
+    auto found = names.find(key);
+    if (found != names.end())
+        return found->second;
+    if (names.size() >= 512)
+        names.clear();
+    QString name = QString::fromUtf8(key.data(), qsizetype(key.size()));
+    names.emplace(key, name);
+    return name;
 }
 
 bool uidValue(plist_t node, uint64_t *uid)
@@ -77,6 +90,8 @@ public:
         }
         std::free(iterator);
         m_count = m_table.size();
+        m_decoded.resize(m_table.size());
+        m_state.resize(m_table.size(), Unvisited);
     }
 
     bool decodeReference(uint64_t uid, QVariant *out, int depth)
@@ -91,7 +106,17 @@ private:
     struct Decoded
     {
         QVariant value;
-        qint64 size;
+        qint64 size = 0;
+    };
+    enum State : uint8_t { Unvisited, InProgress, Done };
+
+    // What an object's class record says, worked out once per class record.
+    enum class Kind : uint8_t { List, Dictionary, String, Data, Date, Custom };
+    struct ClassInfo
+    {
+        Kind kind = Kind::Custom;
+        QString name;
+        QStringList classes;
     };
 
     bool fail(const QString &reason)
@@ -116,23 +141,24 @@ private:
             *size = 1;
             return charge(1);
         }
-        auto memo = m_decoded.constFind(uid);
-        if (memo != m_decoded.constEnd()) {
-            *out = memo->value;
-            *size = memo->size;
-            return charge(memo->size);
+        if (m_state[uid] == Done) {
+            const Decoded &memo = m_decoded[uid];
+            *out = memo.value;
+            *size = memo.size;
+            return charge(memo.size);
         }
         if (depth > kMaximumDepth)
             return fail(QStringLiteral("archive nested too deeply"));
-        if (m_inProgress.contains(uid))
+        if (m_state[uid] == InProgress)
             return fail(QStringLiteral("reference cycle at %1").arg(uid));
-        m_inProgress.insert(uid);
+        m_state[uid] = InProgress;
         qint64 ownSize = 1;
         const bool ok = decodeObject(m_table[uid], out, &ownSize, depth);
-        m_inProgress.remove(uid);
+        m_state[uid] = Unvisited;
         if (!ok)
             return false;
-        m_decoded.insert(uid, Decoded{*out, ownSize});
+        m_decoded[uid] = Decoded{*out, ownSize};
+        m_state[uid] = Done;
         *size = ownSize;
         return true;
     }
@@ -163,11 +189,9 @@ private:
             return true;
         }
         case PLIST_DATA: {
-            char *bytes = nullptr;
             uint64_t length = 0;
-            plist_get_data_val(node, &bytes, &length);
-            *out = QByteArray(bytes, qsizetype(length));
-            std::free(bytes);
+            const char *bytes = plist_get_data_ptr(node, &length);
+            *out = bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray("", 0);
             return true;
         }
         case PLIST_DATE: {
@@ -197,34 +221,28 @@ private:
             return fail(QStringLiteral("object without class"));
         if (classRef >= m_count)
             return fail(QStringLiteral("class reference out of range"));
-        plist_t classRecord = m_table[classRef];
-        if (!classRecord || plist_get_node_type(classRecord) != PLIST_DICT)
-            return fail(QStringLiteral("malformed class record"));
-        const QString className = stringValue(plist_dict_get_item(classRecord, "$classname"));
-        if (className.isEmpty())
-            return fail(QStringLiteral("class without name"));
-
-        static const QSet<QString> lists = {
-            QStringLiteral("NSArray"), QStringLiteral("NSMutableArray"), QStringLiteral("NSSet"),
-            QStringLiteral("NSMutableSet"), QStringLiteral("NSOrderedSet"), QStringLiteral("NSMutableOrderedSet")};
-        if (lists.contains(className))
+        const ClassInfo *info = classInfo(classRef);
+        if (!info)
+            return false;
+        switch (info->kind) {
+        case Kind::List:
             return decodeList(node, out, size, depth);
-        if (className == QLatin1String("NSDictionary") || className == QLatin1String("NSMutableDictionary"))
+        case Kind::Dictionary:
             return decodeDictionary(node, out, size, depth);
-        if (className == QLatin1String("NSString") || className == QLatin1String("NSMutableString")) {
+        case Kind::String: {
             plist_t string = plist_dict_get_item(node, "NS.string");
             if (!string || plist_get_node_type(string) != PLIST_STRING)
                 return fail(QStringLiteral("string without text"));
             *out = stringValue(string);
             return charge(1);
         }
-        if (className == QLatin1String("NSData") || className == QLatin1String("NSMutableData")) {
+        case Kind::Data: {
             plist_t bytes = plist_dict_get_item(node, "NS.bytes");
             if (!bytes || plist_get_node_type(bytes) != PLIST_DATA)
                 return fail(QStringLiteral("data without bytes"));
             return decodePrimitive(bytes, out) && charge(1);
         }
-        if (className == QLatin1String("NSDate")) {
+        case Kind::Date: {
             plist_t time = plist_dict_get_item(node, "NS.time");
             QVariant seconds;
             if (!time || !decodePrimitive(time, &seconds)
@@ -236,7 +254,46 @@ private:
             *out = *date;
             return charge(1);
         }
-        return decodeCustomObject(node, classRecord, className, out, size, depth);
+        case Kind::Custom:
+            break;
+        }
+        return decodeCustomObject(node, *info, out, size, depth);
+    }
+
+    const ClassInfo *classInfo(uint64_t classRef)
+    {
+        auto known = m_classes.find(classRef);
+        if (known != m_classes.end())
+            return &known->second;
+        plist_t classRecord = m_table[classRef];
+        if (!classRecord || plist_get_node_type(classRecord) != PLIST_DICT) {
+            fail(QStringLiteral("malformed class record"));
+            return nullptr;
+        }
+        ClassInfo info;
+        info.name = stringValue(plist_dict_get_item(classRecord, "$classname"));
+        if (info.name.isEmpty()) {
+            fail(QStringLiteral("class without name"));
+            return nullptr;
+        }
+        static const QHash<QString, Kind> kinds = {
+            {QStringLiteral("NSArray"), Kind::List}, {QStringLiteral("NSMutableArray"), Kind::List},
+            {QStringLiteral("NSSet"), Kind::List}, {QStringLiteral("NSMutableSet"), Kind::List},
+            {QStringLiteral("NSOrderedSet"), Kind::List}, {QStringLiteral("NSMutableOrderedSet"), Kind::List},
+            {QStringLiteral("NSDictionary"), Kind::Dictionary}, {QStringLiteral("NSMutableDictionary"), Kind::Dictionary},
+            {QStringLiteral("NSString"), Kind::String}, {QStringLiteral("NSMutableString"), Kind::String},
+            {QStringLiteral("NSData"), Kind::Data}, {QStringLiteral("NSMutableData"), Kind::Data},
+            {QStringLiteral("NSDate"), Kind::Date}};
+        info.kind = kinds.value(info.name, Kind::Custom);
+        if (info.kind == Kind::Custom) {
+            plist_t chain = plist_dict_get_item(classRecord, "$classes");
+            if (chain && plist_get_node_type(chain) == PLIST_ARRAY) {
+                const uint32_t count = plist_array_get_size(chain);
+                for (uint32_t i = 0; i < count && i < 64; ++i)
+                    info.classes.append(stringValue(plist_array_get_item(chain, i)));
+            }
+        }
+        return &m_classes.emplace(classRef, std::move(info)).first->second;
     }
 
     bool referencesIn(plist_t node, const char *key, QList<uint64_t> *uids)
@@ -304,17 +361,11 @@ private:
         return true;
     }
 
-    bool decodeCustomObject(plist_t node, plist_t classRecord, const QString &className, QVariant *out,
-                            qint64 *size, int depth)
+    bool decodeCustomObject(plist_t node, const ClassInfo &info, QVariant *out, qint64 *size, int depth)
     {
         ZDArchivedObject object;
-        object.className = className;
-        plist_t chain = plist_dict_get_item(classRecord, "$classes");
-        if (chain && plist_get_node_type(chain) == PLIST_ARRAY) {
-            const uint32_t count = plist_array_get_size(chain);
-            for (uint32_t i = 0; i < count && i < 64; ++i)
-                object.classes.append(stringValue(plist_array_get_item(chain, i)));
-        }
+        object.className = info.name;
+        object.classes = info.classes;
 
         plist_dict_iter iterator = nullptr;
         plist_dict_new_iter(node, &iterator);
@@ -327,7 +378,7 @@ private:
                 std::free(rawKey);
                 break;
             }
-            const QString key = takeString(rawKey);
+            const QString key = fieldName(rawKey);
             if (key == QLatin1String("$class"))
                 continue;
             QVariant value;
@@ -357,8 +408,9 @@ private:
     std::vector<plist_t> m_table;
     uint64_t m_count = 0;
     qint64 m_total = 0;
-    QHash<uint64_t, Decoded> m_decoded;
-    QSet<uint64_t> m_inProgress;
+    std::vector<Decoded> m_decoded;
+    std::vector<State> m_state;
+    std::unordered_map<uint64_t, ClassInfo> m_classes;
 };
 
 bool corrupt(ZDError *error, const QString &reason)

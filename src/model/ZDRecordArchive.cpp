@@ -58,14 +58,13 @@ QString utf8Field(const QVariantMap &fields, const QString &key)
     return decoder.hasError() ? QStringLiteral("") : text;
 }
 
-std::optional<ZDArchivedObject> objectOfClass(const QVariant &value, const char *className)
+// The object held in `value` (not a copy), or null when it is not an object of that class.
+const ZDArchivedObject *objectOfClass(const QVariant &value, const char *className)
 {
     if (value.typeId() != qMetaTypeId<ZDArchivedObject>())
-        return std::nullopt;
-    ZDArchivedObject object = value.value<ZDArchivedObject>();
-    if (object.className != QLatin1String(className))
-        return std::nullopt;
-    return object;
+        return nullptr;
+    const auto *object = static_cast<const ZDArchivedObject *>(value.constData());
+    return object->className == QLatin1String(className) ? object : nullptr;
 }
 
 ZDLanguage languageWithIdentifier(const QString &identifier)

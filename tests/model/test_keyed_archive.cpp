@@ -77,6 +77,35 @@ TEST(KeyedArchiveTest, ValuesRoundTrip)
     EXPECT_EQ(back.value("object").value<ZDArchivedObject>().classes, QStringList({"Thing", "NSObject"}));
 }
 
+// Field names and class records are shared between objects and between archives while
+// reading; each object must still come back with its own class and exactly its own fields.
+TEST(KeyedArchiveTest, ObjectsKeepTheirOwnClassesAndFields)
+{
+    QVariantMap many;
+    for (int i = 0; i < 700; ++i) // more distinct names than the reader keeps at once
+        many.insert(QStringLiteral("field %1").arg(i), qlonglong(i));
+    const QVariantList objects = {
+        QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("Wide"), many)),
+        QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("Narrow"), {{QStringLiteral("field 1"), QStringLiteral("one")}})),
+        QVariant::fromValue(ZDArchivedObject::make(QStringLiteral("Wide"), {{QStringLiteral("field 2"), 2.5}})),
+        QVariantList{QStringLiteral("plain list")}};
+    for (int pass = 0; pass < 2; ++pass) {
+        SCOPED_TRACE(pass);
+        QVariant decoded;
+        ASSERT_TRUE(ZDKeyedArchive::unarchive(ZDKeyedArchive::archivedData(objects), &decoded));
+        const QVariantList back = decoded.toList();
+        ASSERT_EQ(back.size(), objects.size());
+        for (int i = 0; i < 3; ++i) {
+            const auto expected = objects[i].value<ZDArchivedObject>();
+            const auto object = back[i].value<ZDArchivedObject>();
+            EXPECT_EQ(object.className, expected.className) << i;
+            EXPECT_EQ(object.classes, QStringList({expected.className, "NSObject"})) << i;
+            EXPECT_EQ(object.fields, expected.fields) << i;
+        }
+        EXPECT_EQ(back[3], objects[3]);
+    }
+}
+
 TEST(KeyedArchiveTest, WritesThePlatformEnvelope)
 {
     const QJsonObject seen = inspectWithPython(ZDKeyedArchive::archivedData(
