@@ -143,10 +143,13 @@ bool ZDPythonInterpreter::hasCallable(const QString &name)
 }
 
 namespace {
-// Calls the callable with the arguments as str objects; returns a new reference or null, with
-// the error indicator cleared. Lone surrogates travel as replacement characters, one unit each.
+// Calls the callable with the arguments as str objects; returns a new reference or null (also for
+// a missing callable), with the error indicator cleared. Lone surrogates travel as replacement
+// characters, one unit each.
 PyObject *callWithUtf8(PyObject *callable, const QList<QByteArray> &arguments)
 {
+    if (!callable)
+        return nullptr;
     PyObject *tuple = PyTuple_New(arguments.size());
     if (!tuple)
         return nullptr;
@@ -175,10 +178,7 @@ std::optional<QByteArray> ZDPythonInterpreter::callForString(const QString &call
                                                              const QList<QByteArray> &arguments)
 {
     Q_ASSERT(m_queue->isCurrentThread());
-    PyObject *function = m_state->callables.value(callable);
-    if (!function)
-        return std::nullopt;
-    PyObject *result = callWithUtf8(function, arguments);
+    PyObject *result = callWithUtf8(m_state->callables.value(callable), arguments);
     if (!result)
         return std::nullopt;
     std::optional<QByteArray> text;
@@ -199,10 +199,7 @@ std::optional<qint64> ZDPythonInterpreter::callForInteger(const QString &callabl
                                                           const QList<QByteArray> &arguments)
 {
     Q_ASSERT(m_queue->isCurrentThread());
-    PyObject *function = m_state->callables.value(callable);
-    if (!function)
-        return std::nullopt;
-    PyObject *result = callWithUtf8(function, arguments);
+    PyObject *result = callWithUtf8(m_state->callables.value(callable), arguments);
     if (!result)
         return std::nullopt;
     std::optional<qint64> value;

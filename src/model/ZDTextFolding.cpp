@@ -1,26 +1,26 @@
 #include "ZDTextFolding.h"
 
+#include <algorithm>
+
 namespace ZDTextFolding {
+
+bool isAscii(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
 
 QString removingDiacritics(const QString &text)
 {
     // Plain ASCII has nothing to decompose; most library text is ASCII, so skip the work.
-    bool ascii = true;
-    for (QChar c : text) {
-        if (c.unicode() >= 0x80) {
-            ascii = false;
-            break;
-        }
-    }
-    if (ascii)
+    if (isAscii(text))
         return text;
     const QString decomposed = text.normalized(QString::NormalizationForm_D);
     QString result;
     result.reserve(decomposed.size());
     for (QChar c : decomposed) {
         const auto category = c.category();
-        if (category == QChar::Mark_NonSpacing || category == QChar::Mark_SpacingCombining
-            || category == QChar::Mark_Enclosing)
+        if (category == QChar::Mark_NonSpacing || category == QChar::Mark_SpacingCombining ||
+            category == QChar::Mark_Enclosing)
             continue;
         result.append(c);
     }

@@ -6,6 +6,8 @@
 /// keyword search: text is decomposed canonically, combining marks are dropped and case is
 /// folded, so "Café", "CAFE" and "cafe" all fold to "cafe".
 namespace ZDTextFolding {
+/// True when the text has no character outside ASCII: folding then only changes case.
+bool isAscii(QStringView text);
 /// Removes diacritics: canonical decomposition without the combining marks.
 QString removingDiacritics(const QString &text);
 /// Folds case only.

@@ -35,14 +35,7 @@ Needle::Needle(const QString &word, bool caseInsensitive)
 bool Needle::isFoundIn(QStringView text) const
 {
     // Folding leaves ASCII as it is but for case, which the matcher ignores when asked to.
-    bool ascii = true;
-    for (QChar c : text) {
-        if (c.unicode() >= 0x80) {
-            ascii = false;
-            break;
-        }
-    }
-    if (ascii)
+    if (ZDTextFolding::isAscii(text))
         return m_matcher.indexIn(text) >= 0;
     return folded(text, m_caseInsensitive).contains(m_folded);
 }
