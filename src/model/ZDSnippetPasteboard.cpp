@@ -56,7 +56,13 @@ QList<QUrl> writePartFiles(const ZDSnippetList &snippets, const QString &folder)
 
 QString makeDragFolder()
 {
-    QTemporaryDir folder(QDir::temp().filePath(QStringLiteral("zandrio-drag-XXXXXX")));
+    // Every drag gets its own folder, all under one folder of this process that goes away when
+    // the process ends: the receiver has read the files by then, and the temporary directory
+    // does not fill up with a copy of every part ever dragged.
+    static QTemporaryDir processFolder(QDir::temp().filePath(QStringLiteral("zandrio-drag-XXXXXX")));
+    if (!processFolder.isValid())
+        return {};
+    QTemporaryDir folder(processFolder.filePath(QStringLiteral("XXXXXX")));
     folder.setAutoRemove(false);
     return folder.isValid() ? folder.path() : QString();
 }

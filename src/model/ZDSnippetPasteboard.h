@@ -21,7 +21,8 @@ void writeSnippets(QMimeData *mimeData, const ZDSnippetList &snippets, const QSt
 /// Writes each part's content (UTF-8) into `folder` under the part's file name, replacing what
 /// is there; returns the files written. A name that would leave the folder is not written.
 QList<QUrl> writePartFiles(const ZDSnippetList &snippets, const QString &folder);
-/// A new folder for dragged-out files under the system's temporary directory.
+/// A new folder for dragged-out files under the system's temporary directory; it is removed,
+/// with every other drag folder of the process, when the process exits.
 QString makeDragFolder();
 
 bool canReadSnippets(const QMimeData *mimeData);
