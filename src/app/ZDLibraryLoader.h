@@ -11,8 +11,7 @@ class ZDHighlighter;
 
 /// Opens the library and starts the highlighter away from the main thread, so the window
 /// shows and answers while a large library is read. Each result is handed over on the main
-/// thread. The loader's thread stays alive with the program: the store watches its package
-/// from there.
+/// thread, and the store moves there with everything it owns (its package watcher included).
 class ZDLibraryLoader : public QObject
 {
     Q_OBJECT

@@ -74,7 +74,8 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
     }
 
     if (d->options.watchForExternalChanges && !path.isEmpty()) {
-        d->watcher = std::make_unique<ZDPackageWatcher>(path, d->stamps, d->options.watcherSettleDelayMs);
+        // A child of the store, so that it goes with the store when the store changes threads.
+        d->watcher = std::make_unique<ZDPackageWatcher>(path, d->stamps, d->options.watcherSettleDelayMs, this);
         connect(d->watcher.get(), &ZDPackageWatcher::changedBySomeoneElse, this,
                 [this] { updateDataWithLatestPackageWrapper(); });
     }

@@ -9,7 +9,7 @@
 
 ZDPackageWatcher::ZDPackageWatcher(const QString &packagePath, const ZDWriteStampRegister &stamps,
                                    int settleDelayMs, QObject *parent)
-    : QObject(parent), m_packagePath(packagePath), m_stamps(stamps)
+    : QObject(parent), m_packagePath(packagePath), m_stamps(stamps), m_watcher(this), m_settle(this)
 {
     m_settle.setSingleShot(true);
     m_settle.setInterval(settleDelayMs);

@@ -12,7 +12,8 @@ class ZDWriteStampRegister;
 /// Changes are gathered until the package has been quiet for the settle delay and no writer
 /// holds its lock; then the "identifier" stamp decides: equal to this process's stamp
 /// (`stamps`), the change was our own write and is ignored; otherwise changedBySomeoneElse()
-/// is emitted, once per foreign stamp. Lives on the main thread.
+/// is emitted, once per foreign stamp. Its timer and file watcher are its children, so it can be
+/// moved to another thread as a whole.
 class ZDPackageWatcher : public QObject
 {
     Q_OBJECT

@@ -7,6 +7,9 @@
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
+
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -115,4 +118,31 @@ TEST(PackageWatcher, NoticesAPackageThatAppearsLater)
     ZDPackageTree tree = ZDPackageFormat::emptyPackage();
     ASSERT_TRUE(ZDPackageStorage::writePackage(&tree, path, theirs));
     ASSERT_TRUE(ZDTestSupport::waitFor([&] { return spy.count() == 1; }));
+}
+
+// The desktop program opens the library on a loader thread and then moves the store, watcher
+// included, to the main thread; the loader thread then ends.
+TEST(PackageWatcher, KeepsWatchingAfterMovingToAnotherThread)
+{
+    WatchedPackage package;
+    std::unique_ptr<ZDPackageWatcher> watcher;
+    QThread loader;
+    loader.start();
+    QThread *main = QThread::currentThread();
+    QObject onLoader;
+    onLoader.moveToThread(&loader);
+    QMetaObject::invokeMethod(
+        &onLoader, [&] {
+            watcher = std::make_unique<ZDPackageWatcher>(package.path, package.ours, kSettleMs);
+            watcher->moveToThread(main);
+        },
+        Qt::BlockingQueuedConnection);
+    loader.quit();
+    loader.wait();
+    ASSERT_TRUE(watcher);
+    EXPECT_EQ(watcher->thread(), main);
+
+    QSignalSpy spy(watcher.get(), &ZDPackageWatcher::changedBySomeoneElse);
+    package.writeAsSomeoneElse(QStringLiteral("FOREIGN"));
+    EXPECT_TRUE(ZDTestSupport::waitFor([&] { return spy.count() == 1; }));
 }
