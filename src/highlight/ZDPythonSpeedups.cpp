@@ -5,7 +5,7 @@
 #include "ZDPythonSpeedups.h"
 
 #include <charconv>
-#include <mutex>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -162,6 +162,11 @@ PyObject *initModule()
 
 void zdRegisterPythonSpeedups()
 {
-    static std::once_flag once;
-    std::call_once(once, [] { PyImport_AppendInittab("_zdspeedups", &initModule); });
+    // The table of built-in modules outlives each interpreter; an interpreter started again must
+    // find the module without the table growing on every start.
+    for (const _inittab *entry = PyImport_Inittab; entry && entry->name; ++entry) {
+        if (std::strcmp(entry->name, "_zdspeedups") == 0)
+            return;
+    }
+    PyImport_AppendInittab("_zdspeedups", &initModule);
 }

@@ -152,6 +152,13 @@ TEST_F(RulePathsTest, BothReadersReadRealOutputAlike)
     }
 }
 
+TEST_F(RulePathsTest, AnInterpreterStartedAgainHasTheBuiltInWriter)
+{
+    delete s_python;
+    s_python = new ZDPythonInterpreter(s_directory->path(), QStringLiteral("ZDRulePaths"), {});
+    EXPECT_EQ(call(QStringLiteral("ZDCompareLexed"), {"x = 1\n", "PythonLexer"}), QByteArray());
+}
+
 TEST(RuleReadersTest, AgreeOnOutputOfOtherShapes)
 {
     using namespace ZDHighlightRuleFormat;
