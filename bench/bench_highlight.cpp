@@ -2,6 +2,12 @@
 // inputs, and the time of a partial re-highlight after a one-character edit in a long text.
 //
 //   bench_highlight [rounds]
+//
+// "Directly" is lexing the text and walking its tokens inside the bridge's own embedded
+// interpreter, interleaved with the bridge's calls on the same texts, so that both see the same
+// interpreter build and the same load. Debian's /usr/bin/python3 is printed beside it for
+// reference only: its statically linked interpreter runs Pygments faster than libpython does.
+// Figures are process CPU time (all threads), with wall time beside them.
 
 #include "ZDDocumentHighlighter.h"
 #include "ZDHighlighter.h"
@@ -9,6 +15,7 @@
 #include "ZDSerialQueue.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -18,6 +25,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
+#include <vector>
 
 namespace {
 // Python source of realistic texture: classes, docstrings, comments, strings, numbers.
@@ -48,18 +57,44 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+double processSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
+}
+
+struct Times
+{
+    std::vector<double> cpu, wall;
+    void add(double cpuSeconds, double wallSeconds)
+    {
+        cpu.push_back(cpuSeconds);
+        wall.push_back(wallSeconds);
+    }
+};
+
+template <typename Work> void measure(Times *times, Work &&work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const double cpu = processSeconds();
+    work();
+    times->add(processSeconds() - cpu, timer.nsecsElapsed() / 1e9);
+}
+
 struct DirectTimes
 {
     double pygments = 0; ///< the lexer alone
     double module = 0;   ///< the support module's highlight function, output text included
 };
 
-// Pygments alone in Debian's interpreter, on the same texts: median seconds per text.
-DirectTimes directPygmentsSeconds(const QStringList &texts, const QString &vendors)
+// Pygments alone in Debian's interpreter, on the same texts: median CPU seconds per text.
+DirectTimes debianPythonSeconds(const QStringList &texts, const QString &vendors)
 {
     QTemporaryDir dir;
     for (qsizetype i = 0; i < texts.size(); ++i) {
-        QFile file(dir.filePath(QStringLiteral("%1.py").arg(i)));
+        QFile file(dir.filePath(QStringLiteral("%1.py").arg(i, 3, 10, QLatin1Char('0'))));
         file.open(QIODevice::WriteOnly);
         file.write(texts[i].toUtf8());
     }
@@ -70,16 +105,18 @@ from pygments.lexers import PythonLexer
 import ZDPythonSupport
 lexer = PythonLexer()
 texts = [open(p, encoding='utf-8').read() for p in sorted(glob.glob(sys.argv[1] + '/*.py'))]
+def walk(text):
+    for kind, value in lexer.get_tokens(text):
+        pass
 def median_time(work):
     work(texts[0])
     times = []
     for text in texts:
-        start = time.perf_counter()
+        start = time.process_time()
         work(text)
-        times.append(time.perf_counter() - start)
+        times.append(time.process_time() - start)
     return statistics.median(times)
-print(median_time(lambda text: list(lexer.get_tokens(text))),
-      median_time(lambda text: ZDPythonSupport.ZDHighlight(text, 'PythonLexer')))
+print(median_time(walk), median_time(lambda text: ZDPythonSupport.ZDHighlight(text, 'PythonLexer')))
 )";
     QProcess python;
     python.start(QStringLiteral("/usr/bin/python3"),
@@ -89,31 +126,31 @@ print(median_time(lambda text: list(lexer.get_tokens(text))),
     const QList<QByteArray> figures = python.readAllStandardOutput().trimmed().split(' ');
     return {figures.value(0).toDouble(), figures.value(1).toDouble()};
 }
-// Pygments alone inside the embedded interpreter (the same shared libpython as the bridge),
-// through a module of our own: median seconds per text. Needs no other interpreter alive.
-double embeddedPygmentsSeconds(const QStringList &texts)
+
+// A support module that is the real one plus a plain walk over Pygments' tokens, so that the
+// bridge and Pygments alone run in one interpreter.
+bool writeBenchModule(const QString &directory)
 {
-    QTemporaryDir dir;
-    QFile module(dir.filePath(QStringLiteral("ZDBenchPygments.py")));
-    module.open(QIODevice::WriteOnly);
-    module.write("from pygments.lexers import PythonLexer\n"
-                 "lexer = PythonLexer()\n"
-                 "def lex(code):\n"
-                 "    return str(len(list(lexer.get_tokens(code))))\n");
-    module.close();
-    ZDPythonInterpreter python(dir.path(), QStringLiteral("ZDBenchPygments"), {QStringLiteral("lex")});
-    std::vector<double> times;
-    python.queue().sync([&] {
-        python.callForString(QStringLiteral("lex"), {texts.first().toUtf8()});
-        for (const QString &text : texts) {
-            const QByteArray utf8 = text.toUtf8();
-            QElapsedTimer timer;
-            timer.start();
-            python.callForString(QStringLiteral("lex"), {utf8});
-            times.push_back(timer.nsecsElapsed() / 1e9);
-        }
-    });
-    return median(times);
+    QString vendors = ZDHighlighter::defaultVendorsDirectory();
+    vendors.replace(QLatin1String("\\"), QLatin1String("\\\\"))
+        .replace(QLatin1String("'"), QLatin1String("\\'"));
+    QFile module(directory + QStringLiteral("/ZDBenchSupport.py"));
+    if (!module.open(QIODevice::WriteOnly))
+        return false;
+    module.write(QStringLiteral("import sys\n"
+                                "sys.path.insert(0, '%1')\n"
+                                "from ZDPythonSupport import ZDHighlight, ZDMarkdownParse, "
+                                "ZDChildCountOfMarkdownSource\n"
+                                "from pygments.lexers import PythonLexer\n"
+                                "_lexer = PythonLexer()\n"
+                                "def ZDBenchWalk(code):\n"
+                                "    count = 0\n"
+                                "    for kind, value in _lexer.get_tokens(code):\n"
+                                "        count += 1\n"
+                                "    return count\n")
+                     .arg(vendors)
+                     .toUtf8());
+    return true;
 }
 } // namespace
 
@@ -122,35 +159,73 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(3, atoi(argv[1])) : 15;
-    auto owned = std::make_unique<ZDHighlighter>();
-    ZDHighlighter &highlighter = *owned;
+    QTemporaryDir moduleDirectory;
+    if (!writeBenchModule(moduleDirectory.path()))
+        return 1;
+    ZDHighlighter highlighter(moduleDirectory.path(), QStringLiteral("ZDBenchSupport"));
     if (!highlighter.isLoaded()) {
         std::fprintf(stderr, "the support module did not load\n");
         return 1;
     }
+    ZDPythonInterpreter &python = highlighter.interpreter();
+    const QString lexer = QStringLiteral("PythonLexer");
 
     // 1. Bridge against Pygments alone. Every text differs, so no result comes from the cache.
-    QList<QPair<QStringList, double>> measured;
     for (const qsizetype size : {qsizetype(5 * 1024), qsizetype(50 * 1024)}) {
         QStringList texts;
         for (int i = 0; i < rounds; ++i)
             texts.append(pythonSource(size, i));
-        highlighter.highlightCode(pythonSource(size, -1), QStringLiteral("PythonLexer")); // warm up
-        std::vector<double> bridge;
+        const QString warmUp = pythonSource(size, -1);
+        highlighter.highlightCode(warmUp, lexer);
+        python.queue().sync([&] { python.callForInteger(QStringLiteral("ZDBenchWalk"), {warmUp.toUtf8()}); });
+
+        Times bridge, direct, module, reading;
         size_t ruleCount = 0;
-        for (const QString &text : texts) {
-            QElapsedTimer timer;
-            timer.start();
-            ruleCount = size_t(highlighter.highlightCode(text, QStringLiteral("PythonLexer")).size());
-            bridge.push_back(timer.nsecsElapsed() / 1e9);
+        for (int i = 0; i < texts.size(); ++i) {
+            const QString &text = texts[i];
+            const QByteArray utf8 = text.toUtf8();
+            auto walk = [&] {
+                python.queue().sync([&] {
+                    measure(&direct, [&] { python.callForInteger(QStringLiteral("ZDBenchWalk"), {utf8}); });
+                });
+            };
+            auto bridged = [&] {
+                measure(&bridge, [&] { ruleCount = size_t(highlighter.highlightCode(text, lexer).size()); });
+            };
+            // Alternate the order, so that neither side always runs on a warmer cache.
+            if (i % 2) {
+                bridged();
+                walk();
+            } else {
+                walk();
+                bridged();
+            }
+            // Where the bridge's time goes: the support module's call, and reading its output.
+            QByteArray output;
+            python.queue().sync([&] {
+                measure(&module, [&] {
+                    output = python.callForString(QStringLiteral("ZDHighlight"), {utf8, lexer.toUtf8()})
+                                 .value_or(QByteArray());
+                });
+            });
+            ZDHighlightRules rules;
+            measure(&reading, [&] { ZDHighlightRuleFormat::parse(output, &rules); });
         }
-        const DirectTimes direct = directPygmentsSeconds(texts, ZDHighlighter::defaultVendorsDirectory());
-        const double through = median(bridge);
-        std::printf("highlight %3lld KB (%zu rules): bridge %.2f ms, Pygments alone %.2f ms, ratio %.3fx "
-                    "(target <= 1.15x); support module alone %.2f ms\n",
-                    static_cast<long long>(size / 1024), ruleCount, through * 1e3, direct.pygments * 1e3,
-                    through / direct.pygments, direct.module * 1e3);
-        measured.append({texts, through});
+        const DirectTimes debian = debianPythonSeconds(texts, ZDHighlighter::defaultVendorsDirectory());
+        const double cpuRatio = median(bridge.cpu) / median(direct.cpu);
+        std::printf(
+            "highlight %3lld KB (%zu rules), CPU: bridge %.2f ms, Pygments alone %.2f ms, ratio %.3fx "
+            "(target <= 1.15x)\n",
+            static_cast<long long>(size / 1024), ruleCount, median(bridge.cpu) * 1e3,
+            median(direct.cpu) * 1e3, cpuRatio);
+        std::printf("    wall: bridge %.2f ms, Pygments alone %.2f ms, ratio %.3fx\n",
+                    median(bridge.wall) * 1e3, median(direct.wall) * 1e3,
+                    median(bridge.wall) / median(direct.wall));
+        std::printf("    CPU parts: support module %.2f ms, reading its output %.2f ms\n",
+                    median(module.cpu) * 1e3, median(reading.cpu) * 1e3);
+        std::printf(
+            "    /usr/bin/python3 for reference, CPU: Pygments alone %.2f ms, support module %.2f ms\n",
+            debian.pygments * 1e3, debian.module * 1e3);
     }
 
     // 2. Partial re-highlight after typing one character in a 5,000-line text.
@@ -161,7 +236,7 @@ int main(int argc, char *argv[])
         QTextDocument document;
         document.setPlainText(text);
         ZDDocumentHighlighter documentHighlighter(&document, &highlighter);
-        documentHighlighter.setCurrentLexer(QStringLiteral("PythonLexer"));
+        documentHighlighter.setCurrentLexer(lexer);
         QElapsedTimer whole;
         whole.start();
         documentHighlighter.updateHighlightAsync(false);
@@ -186,15 +261,6 @@ int main(int argc, char *argv[])
         std::printf("partial re-highlight after a one-character edit: median %.2f ms, worst %.2f ms (target "
                     "<= 20 ms)\n",
                     median(partial), *std::max_element(partial.begin(), partial.end()));
-    }
-
-    // 3. The same lexing inside the embedded interpreter, once the bridge's is gone: how much of
-    // the difference is the shared interpreter library itself.
-    owned.reset();
-    for (const auto &[texts, through] : measured) {
-        const double embedded = embeddedPygmentsSeconds(texts);
-        std::printf("Pygments alone in the embedded interpreter, %3lld KB: %.2f ms; bridge over it %.3fx\n",
-                    static_cast<long long>(texts.first().size() / 1024), embedded * 1e3, through / embedded);
     }
     return 0;
 }

@@ -18,6 +18,9 @@ ZDChildCountOfMarkdownSource(source)
     The number of top-level elements of the HTML that ZDMarkdownParse renders for `source`.
 
 Arguments may be str or UTF-8 bytes.
+
+Inside the program, the built-in module _zdspeedups writes the rule list in C; elsewhere (and
+when it is missing) the pure Python _rule_list below writes the same text.
 """
 
 import itertools
@@ -28,6 +31,11 @@ import pygments.lexers
 from markdown_it import MarkdownIt
 from mdit_py_plugins.footnote import footnote_plugin
 from mdit_py_plugins.tasklists import tasklists_plugin
+
+try:
+    from _zdspeedups import rule_list as _native_rule_list
+except ImportError:
+    _native_rule_list = None
 
 _lexers = {}
 _markdown = None
@@ -73,6 +81,26 @@ def _prepared(lexer, text):
     return text
 
 
+def _rule_list(tokens, utf16):
+    """The rule list literal of a lexer's (index, token type, text) triples; empty tokens are left
+    out. Lengths count code points, or UTF-16 units when `utf16` is true."""
+    columns = list(zip(*tokens))
+    if not columns:
+        return "[]"
+    _, kinds, values = columns
+    # The loops below run in C; a long text has tens of thousands of tokens.
+    lengths = list(map(_utf16_length if utf16 else len, values))
+    if 0 in lengths:
+        kept = [(kind, length) for kind, length in zip(kinds, lengths) if length]
+        if not kept:
+            return "[]"
+        kinds, lengths = zip(*kept)
+    begins = itertools.accumulate(lengths, initial=0)
+    templates = {kind: "{'begin': %d, 'length': %d, 'class': '" + str(kind).replace("%", "%%") + "'}"
+                 for kind in set(kinds)}
+    return "[" + ", ".join(map(str.__mod__, map(templates.__getitem__, kinds), zip(begins, lengths))) + "]"
+
+
 def ZDHighlight(code, lexer_name):
     code = _text(code)
     lexer = _lexer_named(_text(lexer_name))
@@ -81,21 +109,8 @@ def ZDHighlight(code, lexer_name):
     else:
         # The same tokens as get_tokens, without its extra generator layer.
         stream = lexer.get_tokens_unprocessed(_prepared(lexer, code))
-    columns = list(zip(*stream))
-    if not columns:
-        return "[]"
-    _, kinds, values = columns
-    # The loops below run in C; a long text has tens of thousands of tokens.
-    measure = len if code.isascii() or not _ASTRAL.search(code) else _utf16_length
-    lengths = list(map(measure, values))
-    if 0 in lengths:
-        kept = [(kind, length) for kind, length in zip(kinds, lengths) if length]
-        if not kept:
-            return "[]"
-        kinds, lengths = zip(*kept)
-    begins = itertools.accumulate(lengths, initial=0)
-    templates = {kind: "{'begin': %d, 'length': %d, 'class': '" + str(kind) + "'}" for kind in set(kinds)}
-    return "[" + ", ".join(map(str.__mod__, map(templates.__getitem__, kinds), zip(begins, lengths))) + "]"
+    utf16 = not code.isascii() and _ASTRAL.search(code) is not None
+    return (_native_rule_list or _rule_list)(stream, utf16)
 
 
 def _markdown_renderer():

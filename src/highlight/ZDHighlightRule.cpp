@@ -5,11 +5,16 @@
 #include <QJsonObject>
 #include <QJsonParseError>
 
+#include <limits>
+#include <string_view>
+#include <unordered_map>
+
 namespace {
 // Reads the support module's usual output, a list of flat {'begin', 'length', 'class'}
 // dictionaries, in one pass and without building JSON values: a long text has tens of thousands
 // of rules. Both quote characters count as double quotes, as the blind replacement would make
-// them. Anything else (other keys, escapes, fractions) returns false and goes to the full parser.
+// them. Anything else (other keys, escapes, fractions, bytes outside ASCII) returns false and goes
+// to the JSON reader, which decides what such output means.
 class FastRuleReader
 {
 public:
@@ -23,6 +28,8 @@ public:
         skipSpace();
         if (!take('['))
             return false;
+        // A rule takes about fifty bytes of output.
+        rules->reserve(qsizetype((m_end - m_p) / 48 + 1));
         skipSpace();
         if (!take(']')) {
             do {
@@ -30,7 +37,7 @@ public:
                 ZDHighlightRule rule;
                 if (!readRule(&rule))
                     return false;
-                rules->append(rule);
+                rules->append(std::move(rule));
                 skipSpace();
             } while (take(','));
             if (!take(']'))
@@ -55,20 +62,21 @@ private:
         }
         return false;
     }
-    // A quoted run without escapes or control characters.
-    bool readPlainString(QByteArrayView *out)
+    // A quoted run of printable ASCII without escapes.
+    bool readPlainString(std::string_view *out)
     {
         if (m_p >= m_end || !isQuote(*m_p))
             return false;
         const char *start = ++m_p;
         while (m_p < m_end && !isQuote(*m_p)) {
-            if (*m_p == '\\' || static_cast<unsigned char>(*m_p) < 0x20)
+            const auto c = static_cast<unsigned char>(*m_p);
+            if (c == '\\' || c < 0x20 || c > 0x7e)
                 return false;
             ++m_p;
         }
         if (m_p >= m_end)
             return false;
-        *out = QByteArrayView(start, m_p - start);
+        *out = std::string_view(start, size_t(m_p - start));
         ++m_p;
         return true;
     }
@@ -93,7 +101,7 @@ private:
         int seen = 0;
         do {
             skipSpace();
-            QByteArrayView key;
+            std::string_view key;
             if (!readPlainString(&key))
                 return false;
             skipSpace();
@@ -110,7 +118,7 @@ private:
                     return false;
             } else if (key == "class" && !(seen & 4)) {
                 seen |= 4;
-                QByteArrayView name;
+                std::string_view name;
                 if (!readPlainString(&name))
                     return false;
                 rule->tokenClass = internedClass(name);
@@ -121,30 +129,54 @@ private:
         } while (take(','));
         return seen == 7 && take('}');
     }
-    QString internedClass(QByteArrayView name)
+    // A text has a few dozen distinct classes; rules of one class share one string. The keys
+    // point into the output, which outlives the reader.
+    const QString &internedClass(std::string_view name)
     {
-        const QByteArray key = name.toByteArray();
-        auto found = m_classes.constFind(key);
-        if (found == m_classes.constEnd())
-            found = m_classes.insert(key, QString::fromUtf8(name));
-        return found.value();
+        auto found = m_classes.find(name);
+        if (found == m_classes.end())
+            found = m_classes.emplace(name, QString::fromLatin1(name.data(), qsizetype(name.size()))).first;
+        return found->second;
     }
 
     const char *m_p;
     const char *m_end;
-    QHash<QByteArray, QString> m_classes;
+    std::unordered_map<std::string_view, QString> m_classes;
 };
+// Numbers in the output are read as doubles; those beyond the integer range (never a real
+// position) saturate instead of overflowing the conversion.
+qint64 saturatedInteger(double value)
+{
+    constexpr double limit = 9.2e18;
+    if (value >= limit)
+        return std::numeric_limits<qint64>::max();
+    if (value <= -limit)
+        return std::numeric_limits<qint64>::min();
+    return value == value ? qint64(value) : 0;
+}
 } // namespace
 
 namespace ZDHighlightRuleFormat {
 
 ParseResult parse(const QByteArray &pythonOutput, ZDHighlightRules *rules)
 {
+    if (readUsualShape(pythonOutput, rules))
+        return ParseResult::Rules;
+    return parseAsJson(pythonOutput, rules);
+}
+
+bool readUsualShape(const QByteArray &pythonOutput, ZDHighlightRules *rules)
+{
     rules->clear();
     if (FastRuleReader(pythonOutput).read(rules))
-        return ParseResult::Rules;
+        return true;
     rules->clear();
+    return false;
+}
 
+ParseResult parseAsJson(const QByteArray &pythonOutput, ZDHighlightRules *rules)
+{
+    rules->clear();
     QByteArray json = pythonOutput;
     json.replace('\'', '"');
     QJsonParseError error;
@@ -166,8 +198,8 @@ ParseResult parse(const QByteArray &pythonOutput, ZDHighlightRules *rules)
         const QJsonValue begin = object.value(beginKey);
         const QJsonValue length = object.value(lengthKey);
         rule.valid = entry.isObject() && begin.isDouble() && length.isDouble();
-        rule.begin = qint64(begin.toDouble());
-        rule.length = qint64(length.toDouble());
+        rule.begin = saturatedInteger(begin.toDouble());
+        rule.length = saturatedInteger(length.toDouble());
         rule.tokenClass = object.value(classKey).toString();
         rules->append(rule);
     }

@@ -31,7 +31,15 @@ enum class ParseResult
 
 /// Reads the support module's output: every single quote becomes a double quote (blindly, also
 /// inside values), and the text is read as JSON. Only a JSON array yields rules.
+/// The usual output, a list of flat dictionaries of the three keys, is read in one pass; anything
+/// else goes through parseAsJson(), and both give the same result for any input.
 ParseResult parse(const QByteArray &pythonOutput, ZDHighlightRules *rules);
+
+/// The one-pass reader of the usual output alone: false (and no rules) for any other text.
+bool readUsualShape(const QByteArray &pythonOutput, ZDHighlightRules *rules);
+
+/// The same reading through the general JSON parser alone.
+ParseResult parseAsJson(const QByteArray &pythonOutput, ZDHighlightRules *rules);
 
 /// The rules as a JSON array of {"begin", "length", "class"} objects (invalid rules omitted).
 QJsonArray toJson(const ZDHighlightRules &rules);

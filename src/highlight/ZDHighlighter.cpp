@@ -86,14 +86,25 @@ void ZDHighlighter::runInBackground(std::function<void()> work)
 
 ZDHighlightRules ZDHighlighter::highlightCode(const QString &code, const QString &lexer)
 {
+    if (code.isNull() || lexer.isNull())
+        return {};
+    // The code's UTF-8 serves both the key and the call; the key's digest is that of
+    // lexer + "||" + code, fed in pieces.
+    const QByteArray codeUtf8 = code.toUtf8();
+    const QByteArray lexerUtf8 = lexer.toUtf8();
     const bool cacheable = code.size() >= kCacheThreshold;
-    const QString key = cacheable ? digest(lexer + QStringLiteral("||") + code) : QString();
+    QString key;
     if (cacheable) {
+        QCryptographicHash hash(QCryptographicHash::Md5);
+        hash.addData(lexerUtf8);
+        hash.addData(QByteArrayView("||"));
+        hash.addData(codeUtf8);
+        key = QString::fromLatin1(hash.result().toHex());
         if (std::optional<ZDHighlightRules> cached = m_highlightCache.object(key))
-            return *cached;
+            return *std::move(cached);
     }
     ZDHighlightRules rules;
-    m_python->queue().sync([&] { rules = py_performHighlight(code, lexer); });
+    m_python->queue().sync([&] { rules = py_performHighlight(codeUtf8, lexerUtf8, lexer); });
     if (cacheable)
         m_highlightCache.setObject(key, rules);
     return rules;
@@ -110,19 +121,22 @@ void ZDHighlighter::highlightCodeAtBackground(const QString &code, const QString
     });
 }
 
-ZDHighlightRules ZDHighlighter::py_performHighlight(const QString &code, const QString &lexer)
+ZDHighlightRules ZDHighlighter::py_performHighlight(const QByteArray &code, const QByteArray &lexerUtf8,
+                                                    const QString &lexer)
 {
-    if (code.isNull() || lexer.isNull() || !m_loaded)
+    if (!m_loaded)
         return {};
     ++m_pythonCalls;
-    const std::optional<QByteArray> output =
-        m_python->callForString(kHighlightCallable, {code.toUtf8(), lexer.toUtf8()});
-    if (!output) {
+    // The rule list is read straight from the interpreter's string.
+    ZDHighlightRules rules;
+    auto result = ZDHighlightRuleFormat::ParseResult::Unparsable;
+    if (!m_python->readString(kHighlightCallable, {code, lexerUtf8}, [&](const QByteArray &output) {
+            result = ZDHighlightRuleFormat::parse(output, &rules);
+        })) {
         logErrorIfAny();
         return {};
     }
-    ZDHighlightRules rules;
-    switch (ZDHighlightRuleFormat::parse(*output, &rules)) {
+    switch (result) {
     case ZDHighlightRuleFormat::ParseResult::Rules:
         return rules;
     case ZDHighlightRuleFormat::ParseResult::NotAList:

@@ -67,14 +67,20 @@ public:
     /// Lower-case hexadecimal MD5 of the UTF-8 bytes.
     static QString digest(const QString &string);
 
+    /// The interpreter behind the bridge, for benchmarks and diagnostics; work that calls into it
+    /// runs on its queue.
+    ZDPythonInterpreter &interpreter() { return *m_python; }
+
     /// How many calls reached the interpreter (for diagnostics and tests).
     quint64 pythonCallCount() const { return m_pythonCalls; }
     /// Waits until background work started so far has delivered its result to the event queue.
     void waitForBackgroundWork();
 
 private:
-    // The raw calls; they run only on the interpreter's thread.
-    ZDHighlightRules py_performHighlight(const QString &code, const QString &lexer);
+    // The raw calls; they run only on the interpreter's thread. Highlighting takes the code and
+    // the lexer name as UTF-8, and the name as text for reports.
+    ZDHighlightRules py_performHighlight(const QByteArray &code, const QByteArray &lexerUtf8,
+                                         const QString &lexer);
     QString py_performMarkdownParse(const QString &source);
     quint64 py_performComputeChildCount(const QString &text);
     void logErrorIfAny() {}

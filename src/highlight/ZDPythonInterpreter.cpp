@@ -5,6 +5,7 @@
 #include "ZDPythonInterpreter.h"
 
 #include "ZDLogger.h"
+#include "ZDPythonSpeedups.h"
 #include "ZDSerialQueue.h"
 
 #include <QHash>
@@ -39,6 +40,23 @@ struct ZDPythonInterpreter::State
     bool initialised = false;
     PyObject *module = nullptr;
     QHash<QString, PyObject *> callables;
+
+    // A borrowed reference to the module's callable of this name, looked up once; null if none.
+    PyObject *callable(const QString &name)
+    {
+        auto found = callables.constFind(name);
+        if (found != callables.constEnd())
+            return found.value();
+        PyObject *object = module ? PyObject_GetAttrString(module, name.toUtf8().constData()) : nullptr;
+        PyErr_Clear();
+        if (object && !PyCallable_Check(object)) {
+            Py_DECREF(object);
+            object = nullptr;
+        }
+        if (module)
+            callables.insert(name, object); // a miss is remembered as null
+        return object;
+    }
 };
 
 ZDPythonInterpreter::ZDPythonInterpreter(const QString &vendorsDirectory, const QString &moduleName,
@@ -73,6 +91,7 @@ void ZDPythonInterpreter::setUp(const QString &vendorsDirectory, const QString &
         return;
     }
 
+    zdRegisterPythonSpeedups();
     PyConfig config;
     PyConfig_InitIsolatedConfig(&config);
     config.write_bytecode = 0; // never write caches into the resources folder
@@ -119,7 +138,7 @@ void ZDPythonInterpreter::tearDown()
     if (!m_state->initialised)
         return;
     for (PyObject *callable : std::as_const(m_state->callables))
-        Py_DECREF(callable);
+        Py_XDECREF(callable);
     m_state->callables.clear();
     Py_XDECREF(m_state->module);
     m_state->module = nullptr;
@@ -138,7 +157,7 @@ bool ZDPythonInterpreter::isModuleLoaded()
 bool ZDPythonInterpreter::hasCallable(const QString &name)
 {
     bool found = false;
-    m_queue->sync([&] { found = m_state->callables.contains(name); });
+    m_queue->sync([&] { found = m_state->callables.value(name) != nullptr; });
     return found;
 }
 
@@ -177,29 +196,40 @@ PyObject *callWithUtf8(PyObject *callable, const QList<QByteArray> &arguments)
 std::optional<QByteArray> ZDPythonInterpreter::callForString(const QString &callable,
                                                              const QList<QByteArray> &arguments)
 {
-    Q_ASSERT(m_queue->isCurrentThread());
-    PyObject *result = callWithUtf8(m_state->callables.value(callable), arguments);
-    if (!result)
-        return std::nullopt;
     std::optional<QByteArray> text;
+    readString(callable, arguments,
+               [&](const QByteArray &utf8) { text = QByteArray(utf8.constData(), utf8.size()); });
+    return text;
+}
+
+bool ZDPythonInterpreter::readString(const QString &callable, const QList<QByteArray> &arguments,
+                                     const std::function<void(const QByteArray &utf8)> &reader)
+{
+    Q_ASSERT(m_queue->isCurrentThread());
+    PyObject *result = callWithUtf8(m_state->callable(callable), arguments);
+    if (!result)
+        return false;
+    const char *utf8 = nullptr;
+    Py_ssize_t size = 0;
     if (PyUnicode_Check(result)) {
-        Py_ssize_t size = 0;
-        if (const char *utf8 = PyUnicode_AsUTF8AndSize(result, &size))
-            text = QByteArray(utf8, size);
-        else
+        utf8 = PyUnicode_AsUTF8AndSize(result, &size);
+        if (!utf8)
             PyErr_Clear();
     } else if (PyBytes_Check(result)) {
-        text = QByteArray(PyBytes_AS_STRING(result), PyBytes_GET_SIZE(result));
+        utf8 = PyBytes_AS_STRING(result);
+        size = PyBytes_GET_SIZE(result);
     }
+    if (utf8)
+        reader(QByteArray::fromRawData(utf8, qsizetype(size)));
     Py_DECREF(result);
-    return text;
+    return utf8 != nullptr;
 }
 
 std::optional<qint64> ZDPythonInterpreter::callForInteger(const QString &callable,
                                                           const QList<QByteArray> &arguments)
 {
     Q_ASSERT(m_queue->isCurrentThread());
-    PyObject *result = callWithUtf8(m_state->callables.value(callable), arguments);
+    PyObject *result = callWithUtf8(m_state->callable(callable), arguments);
     if (!result)
         return std::nullopt;
     std::optional<qint64> value;

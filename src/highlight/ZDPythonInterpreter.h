@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -39,9 +40,14 @@ public:
     static QStringList moduleSearchPaths(const QString &vendorsDirectory);
 
     // The calls below run only on queue(): each converts the UTF-8 arguments to str, calls the
-    // callable with them as positional arguments, and converts the result. A missing callable,
-    // a raised exception or a result of another type gives no value.
+    // callable with them as positional arguments, and converts the result. A name that was not
+    // looked up at set-up is looked up in the module on its first call. A missing callable, a
+    // raised exception or a result of another type gives no value.
     std::optional<QByteArray> callForString(const QString &callable, const QList<QByteArray> &arguments);
+    /// The same call, but the result's UTF-8 goes to `reader` in place, without a copy; the bytes
+    /// live only during that call. False (and no call of `reader`) when there is no result.
+    bool readString(const QString &callable, const QList<QByteArray> &arguments,
+                    const std::function<void(const QByteArray &utf8)> &reader);
     std::optional<qint64> callForInteger(const QString &callable, const QList<QByteArray> &arguments);
 
 private:
