@@ -102,28 +102,31 @@ void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cache
     for (std::thread &helper : helpers)
         helper.join();
 
-    QList<ZDRecordCache::Record> cacheRecords;
     qsizetype cacheable = 0;
     contents.snippets.reserve(qsizetype(count));
     for (size_t index = 0; index < count; ++index) {
         const ZDPackageTree::FileEntry &file = files.at(qsizetype(index));
-        if (!slots[index]) {
+        if (slots[index]) {
+            contents.snippets << std::move(slots[index]);
+            cacheable += file.identity != 0;
+        } else {
             contents.unreadableRecords << snippetsDirectory + QLatin1Char('/') + file.name;
-            continue;
-        }
-        contents.snippets << std::move(slots[index]);
-        if (useCache && file.identity != 0) {
-            ++cacheable;
-            cacheRecords.append({file.name, file.identity, std::move(records[index])});
         }
     }
     // Rewritten when it lacks a readable file or holds one that is gone or changed. The image
     // stays alive until then: the records that came from it point into it.
-    if (useCache && (cacheable != hits || image->size() != hits)) {
-        contents.cacheUpdate = [cachePath, image, cacheRecords = std::move(cacheRecords)] {
-            ZDRecordCache::writeRecords(cachePath, cacheRecords);
-        };
+    if (!useCache || (cacheable == hits && image->size() == hits))
+        return;
+    QList<ZDRecordCache::Record> cacheRecords;
+    cacheRecords.reserve(cacheable);
+    for (size_t index = 0; index < count; ++index) {
+        const ZDPackageTree::FileEntry &file = files.at(qsizetype(index));
+        if (!records[index].isEmpty() && file.identity != 0) // a readable snippet has its record
+            cacheRecords.append({file.name, file.identity, std::move(records[index])});
     }
+    contents.cacheUpdate = [cachePath, image, cacheRecords = std::move(cacheRecords)] {
+        ZDRecordCache::writeRecords(cachePath, cacheRecords);
+    };
 }
 
 } // namespace

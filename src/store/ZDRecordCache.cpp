@@ -172,33 +172,6 @@ private:
     bool m_ok = true;
 };
 
-// A buffer of anonymous memory in huge pages where the system allows: a cache file is large,
-// and mapping it in 4 KiB pages costs more than reading it.
-char *mapBuffer(size_t size)
-{
-    void *memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED)
-        return nullptr;
-#ifdef MADV_HUGEPAGE
-    ::madvise(memory, size, MADV_HUGEPAGE);
-#endif
-    return static_cast<char *>(memory);
-}
-
-bool readWhole(int fd, char *data, qsizetype size)
-{
-    qsizetype filled = 0;
-    while (filled < size) {
-        const ssize_t got = ::read(fd, data + filled, size_t(size - filled));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        filled += got;
-    }
-    return true;
-}
-
 } // namespace
 
 namespace ZDRecordCache {
@@ -321,6 +294,9 @@ ZDSnippetPtr Decoder::decode(const char *data, qsizetype size)
     return std::make_shared<ZDSnippet>(title, UUID, folderUUID, tagUUIDs, gist, user, url, parts, created, modified);
 }
 
+// The file is mapped rather than read: mapping the page cache's pages at once costs far less
+// than copying them into fresh memory. The cache is only ever replaced by renaming a new file
+// over it, never rewritten in place, so the mapped file does not change under the reader.
 std::shared_ptr<const Image> Image::read(const QString &cachePath)
 {
     std::shared_ptr<Image> image(new Image);
@@ -328,13 +304,12 @@ std::shared_ptr<const Image> Image::read(const QString &cachePath)
     if (fd < 0)
         return image;
     struct stat info;
-    if (::fstat(fd, &info) == 0 && info.st_size >= kHeaderSize && S_ISREG(info.st_mode)) {
-        const size_t size = size_t(info.st_size);
-        if (char *buffer = mapBuffer(size)) {
-            image->m_data = buffer;
-            image->m_mappedSize = size;
-            if (readWhole(fd, buffer, qsizetype(size)))
-                image->m_size = qsizetype(size);
+    if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size >= kHeaderSize) {
+        void *mapped = ::mmap(nullptr, size_t(info.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+        if (mapped != MAP_FAILED) {
+            image->m_data = static_cast<const char *>(mapped);
+            image->m_size = qsizetype(info.st_size);
+            image->m_mappedSize = size_t(info.st_size);
         }
     }
     ::close(fd);
@@ -349,7 +324,7 @@ std::shared_ptr<const Image> Image::fromBytes(const QByteArray &bytes)
 {
     std::shared_ptr<Image> image(new Image);
     image->m_bytes = bytes;
-    image->m_data = image->m_bytes.data();
+    image->m_data = image->m_bytes.constData();
     image->m_size = image->m_bytes.size();
     if (!image->parse())
         image->m_entries.clear();
@@ -359,7 +334,7 @@ std::shared_ptr<const Image> Image::fromBytes(const QByteArray &bytes)
 Image::~Image()
 {
     if (m_mappedSize > 0)
-        ::munmap(m_data, m_mappedSize);
+        ::munmap(const_cast<char *>(m_data), m_mappedSize);
 }
 
 bool Image::parse()

@@ -93,7 +93,7 @@ private:
     Image() = default;
     bool parse();
 
-    char *m_data = nullptr;
+    const char *m_data = nullptr;
     qsizetype m_size = 0;
     size_t m_mappedSize = 0;
     QByteArray m_bytes; // when made from bytes in memory
