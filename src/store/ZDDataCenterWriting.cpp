@@ -35,7 +35,12 @@ ZDLibraryContents ZDDataCenter::readContents(const ZDPackageTree &tree) const
     const int minimum = d->options.recordCacheMinimumSnippets;
     if (minimum < 0 || d->options.packagePath.isEmpty())
         return ZDLibraryContents::read(tree);
-    return ZDLibraryContents::read(tree, ZDRecordCache::pathForPackage(d->options.packagePath), minimum);
+    ZDLibraryContents contents =
+        ZDLibraryContents::read(tree, ZDRecordCache::pathForPackage(d->options.packagePath), minimum);
+    // The cache is written behind the load, not during it.
+    if (contents.cacheUpdate)
+        d->scheduler->queue().async(std::move(contents.cacheUpdate));
+    return contents;
 }
 
 void ZDDataCenter::takeContents(ZDLibraryContents &&contents)

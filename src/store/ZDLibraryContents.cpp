@@ -11,6 +11,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -38,6 +39,96 @@ QList<std::shared_ptr<Record>> readList(const ZDPackageTree &tree, const QString
     return records;
 }
 
+// Snippets whose files are unchanged since the cache was made come from it; the other files are
+// read and unarchived. Every snippet is independent of the others, so the work is shared by all
+// cores, each taking the next few files, and the list keeps the tree's order.
+void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum, ZDLibraryContents &contents)
+{
+    using namespace ZDPackageLayout;
+    const QList<ZDPackageTree::FileEntry> files = tree.files(snippetsDirectory);
+    const size_t count = size_t(files.size());
+    const bool useCache = !cachePath.isEmpty() && files.size() >= cacheMinimum;
+    const std::shared_ptr<const ZDRecordCache::Image> image = useCache ? ZDRecordCache::Image::read(cachePath) : nullptr;
+
+    // The cache entry of each file that has one of the same name and identity. Both lists are
+    // in name order, so one walk pairs them.
+    std::vector<qsizetype> cacheIndex(count, -1);
+    if (image) {
+        qsizetype entry = 0;
+        for (size_t file = 0; file < count && entry < image->size(); ++file) {
+            const QString &name = files.at(qsizetype(file)).name;
+            while (entry < image->size() && image->name(entry) < name)
+                ++entry;
+            if (entry < image->size() && image->name(entry) == name &&
+                image->identity(entry) == files.at(qsizetype(file)).identity && image->identity(entry) != 0)
+                cacheIndex[file] = entry++;
+        }
+    }
+
+    std::vector<ZDSnippetPtr> slots(count);
+    std::vector<QByteArray> records(useCache ? count : 0);
+    std::atomic<qsizetype> hits{0};
+    std::atomic<size_t> next{0};
+    const auto work = [&] {
+        ZDRecordCache::Decoder decoder;
+        constexpr size_t kBatch = 64;
+        for (size_t begin = next.fetch_add(kBatch); begin < count; begin = next.fetch_add(kBatch)) {
+            for (size_t index = begin; index < std::min(count, begin + kBatch); ++index) {
+                if (cacheIndex[index] >= 0) {
+                    // A record that fails its checksum or does not decode is read from the package.
+                    QByteArray record = image->checkedRecord(cacheIndex[index]);
+                    if (!record.isEmpty())
+                        slots[index] = decoder.decode(record.constData(), record.size());
+                    if (slots[index]) {
+                        records[index] = std::move(record);
+                        hits.fetch_add(1, std::memory_order_relaxed);
+                        continue;
+                    }
+                }
+                const QByteArray blob =
+                    tree.readFileContents(snippetsDirectory + QLatin1Char('/') + files.at(qsizetype(index)).name);
+                if (!blob.isEmpty())
+                    slots[index] = ZDRecordArchive::unarchiveSnippet(blob);
+                if (useCache && slots[index])
+                    records[index] = ZDRecordCache::encodeSnippet(*slots[index]);
+            }
+        }
+    };
+    const size_t workers = std::clamp<size_t>(size_t(QThread::idealThreadCount()), 1, 8);
+    std::vector<std::thread> helpers;
+    for (size_t helper = 1; helper < workers && helper * 256 < count; ++helper)
+        helpers.emplace_back(work);
+    work();
+    for (std::thread &helper : helpers)
+        helper.join();
+
+    qsizetype cacheable = 0;
+    contents.snippets.reserve(qsizetype(count));
+    for (size_t index = 0; index < count; ++index) {
+        const ZDPackageTree::FileEntry &file = files.at(qsizetype(index));
+        if (slots[index]) {
+            contents.snippets << std::move(slots[index]);
+            cacheable += file.identity != 0;
+        } else {
+            contents.unreadableRecords << snippetsDirectory + QLatin1Char('/') + file.name;
+        }
+    }
+    // Rewritten when it lacks a readable file or holds one that is gone or changed. The image
+    // stays alive until then: the records that came from it point into it.
+    if (!useCache || (cacheable == hits && image->size() == hits))
+        return;
+    QList<ZDRecordCache::Record> cacheRecords;
+    cacheRecords.reserve(cacheable);
+    for (size_t index = 0; index < count; ++index) {
+        const ZDPackageTree::FileEntry &file = files.at(qsizetype(index));
+        if (!records[index].isEmpty() && file.identity != 0) // a readable snippet has its record
+            cacheRecords.append({file.name, file.identity, std::move(records[index])});
+    }
+    contents.cacheUpdate = [cachePath, image, cacheRecords = std::move(cacheRecords)] {
+        ZDRecordCache::writeRecords(cachePath, cacheRecords);
+    };
+}
+
 } // namespace
 
 ZDLibraryContents ZDLibraryContents::read(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum)
@@ -49,63 +140,7 @@ ZDLibraryContents ZDLibraryContents::read(const ZDPackageTree &tree, const QStri
     contents.shortcutNodes =
         readList<ZDCategoryNode>(tree, shortcutsFile, ZDRecordArchive::unarchiveNode, contents);
 
-    // Snippets whose files are unchanged since the cache was made come from it. The other files
-    // are independent, so they are unarchived in parallel into their slots; the list keeps the
-    // tree's order.
-    const QStringList names = tree.childNames(snippetsDirectory);
-    QHash<QString, ZDRecordCache::Entry> cache;
-    if (!cachePath.isEmpty() && names.size() >= cacheMinimum)
-        cache = ZDRecordCache::read(cachePath);
-    std::vector<QByteArray> blobs(size_t(names.size()));
-    std::vector<ZDSnippetPtr> slots(blobs.size());
-    std::vector<quint64> identities(blobs.size());
-    qsizetype misses = 0;
-    qsizetype hits = 0;
-    for (qsizetype index = 0; index < names.size(); ++index) {
-        const QString path = snippetsDirectory + QLatin1Char('/') + names.at(index);
-        identities[size_t(index)] = tree.fileIdentity(path);
-        const auto cached = cache.constFind(names.at(index));
-        if (cached != cache.cend() && cached->identity != 0 && cached->identity == identities[size_t(index)]) {
-            slots[size_t(index)] = cached->snippet;
-            ++hits;
-        } else {
-            blobs[size_t(index)] = tree.fileContents(path);
-            ++misses;
-        }
-    }
-    const size_t workers = std::clamp<size_t>(size_t(QThread::idealThreadCount()), 1, 8);
-    const size_t chunk = (blobs.size() + workers - 1) / std::max<size_t>(workers, 1);
-    std::vector<std::thread> threads;
-    for (size_t begin = 0; misses > 0 && begin < blobs.size(); begin += chunk) {
-        const size_t end = std::min(blobs.size(), begin + chunk);
-        threads.emplace_back([&blobs, &slots, begin, end] {
-            for (size_t index = begin; index < end; ++index) {
-                if (!slots[index] && !blobs[index].isEmpty())
-                    slots[index] = ZDRecordArchive::unarchiveSnippet(blobs[index]);
-            }
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
-
-    QList<QPair<QString, ZDRecordCache::Entry>> cacheEntries;
-    qsizetype cacheable = 0;
-    contents.snippets.reserve(qsizetype(slots.size()));
-    for (size_t index = 0; index < slots.size(); ++index) {
-        const QString &name = names.at(qsizetype(index));
-        if (slots[index]) {
-            contents.snippets << slots[index];
-            cacheEntries.append({name, {identities[index], slots[index]}});
-            cacheable += identities[index] != 0;
-        } else if (tree.isFile(snippetsDirectory + QLatin1Char('/') + name)) {
-            contents.unreadableRecords << snippetsDirectory + QLatin1Char('/') + name;
-        }
-    }
-    // Rewritten when it lacks a readable file or holds one that is gone or changed.
-    const bool cacheStale = cacheable != hits || cache.size() != hits;
-    if (!cachePath.isEmpty() && names.size() >= cacheMinimum && cacheStale)
-        ZDRecordCache::write(cachePath, cacheEntries);
-
+    readSnippets(tree, cachePath, cacheMinimum, contents);
     contents.tags = readList<ZDTag>(tree, tagsFile, ZDRecordArchive::unarchiveTag, contents);
     contents.smartGroupNodes =
         readList<ZDCategoryNode>(tree, smartGroupsFile, ZDRecordArchive::unarchiveNode, contents);

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QStringList>
 
+#include <functional>
+
 /// The records of a package tree, and their encodings back into the tree's files.
 ///
 /// Reading never fails as a whole: a snippet file or list element that does not unarchive is
@@ -27,9 +29,15 @@ struct ZDLibraryContents
     /// List files that are not lists at all.
     QStringList unreadableFiles;
 
-    /// Reads every record of `tree`. Snippet files are unarchived on all cores. With a
-    /// `cachePath` (ZDRecordCache), snippets whose files are unchanged come from the cache, and
-    /// the cache is brought up to date when the library has at least `cacheMinimum` snippets.
+    /// Set by read() when the snippet cache is missing or out of date: writes it anew. It holds
+    /// bytes, not records, so it may run later on any thread (the store runs it on its
+    /// file-system queue); the cache stays as it was until it runs.
+    std::function<void()> cacheUpdate;
+
+    /// Reads every record of `tree`. Snippet files are read and unarchived on all cores. With a
+    /// `cachePath` (ZDRecordCache), when the library has at least `cacheMinimum` snippets,
+    /// snippets whose files are unchanged come from the cache, and cacheUpdate is set when the
+    /// cache needs writing.
     static ZDLibraryContents read(const ZDPackageTree &tree, const QString &cachePath = {}, int cacheMinimum = 1000);
 
     /// A list file holding the nodes' archives.

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QLocale>
 #include <QSet>
+#include <QThread>
 #include <QUuid>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <thread>
 #include <vector>
 
 #include <dirent.h>
@@ -93,6 +95,7 @@ namespace {
 
 const QString kIdentifierName = QStringLiteral("identifier");
 const QString kTemporaryPrefix = QStringLiteral(".zdtmp-");
+constexpr char kTemporaryPrefixBytes[] = ".zdtmp-";
 
 QStringList components(const QString &path)
 {
@@ -341,20 +344,52 @@ quint64 fileIdentityOf(const struct stat &info)
     return digest == 0 ? 1 : digest;
 }
 
+struct DirectoryEntry
+{
+    QByteArray rawName;
+    unsigned char type = DT_UNKNOWN;
+    quint64 identity = 0;
+};
+
+// Finds the type and identity of the entries whose type is unknown or that are regular files.
+// One fstatat per file is most of what listing a large library costs, so large directories
+// are split between threads.
+void statEntries(int directoryFd, std::vector<DirectoryEntry> &entries)
+{
+    const auto statRange = [directoryFd, &entries](size_t begin, size_t end) {
+        for (size_t index = begin; index < end; ++index) {
+            DirectoryEntry &entry = entries[index];
+            if (entry.type != DT_UNKNOWN && entry.type != DT_REG)
+                continue;
+            struct stat info;
+            if (::fstatat(directoryFd, entry.rawName.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
+                entry.type = DT_UNKNOWN; // gone since it was listed
+                continue;
+            }
+            entry.type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
+            if (entry.type == DT_REG)
+                entry.identity = fileIdentityOf(info);
+        }
+    };
+    constexpr size_t kEntriesPerThread = 2048;
+    const size_t threads = std::clamp<size_t>(entries.size() / kEntriesPerThread, 1,
+                                              size_t(std::max(1, QThread::idealThreadCount())));
+    std::vector<std::thread> helpers;
+    const size_t chunk = (entries.size() + threads - 1) / threads;
+    for (size_t begin = chunk; begin < entries.size(); begin += chunk)
+        helpers.emplace_back(statRange, begin, std::min(entries.size(), begin + chunk));
+    statRange(0, std::min(entries.size(), chunk));
+    for (std::thread &helper : helpers)
+        helper.join();
+}
+
 bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDError *error)
 {
     DIR *directory = ::opendir(QFile::encodeName(path).constData());
     if (!directory)
         return ZDError::fail(error, readError(path));
     const int directoryFd = ::dirfd(directory);
-    struct Entry
-    {
-        QByteArray rawName;
-        QString name;
-        bool isDirectory;
-        quint64 identity;
-    };
-    std::vector<Entry> entries;
+    std::vector<DirectoryEntry> entries;
     bool ok = true;
     for (;;) {
         errno = 0;
@@ -365,41 +400,41 @@ bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDEr
             break;
         }
         const char *rawName = entry->d_name;
-        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0)
+        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0 ||
+            std::strncmp(rawName, kTemporaryPrefixBytes, sizeof(kTemporaryPrefixBytes) - 1) == 0)
             continue;
-        const QString name = QFile::decodeName(rawName);
-        if (name.startsWith(kTemporaryPrefix))
-            continue;
-        unsigned char type = entry->d_type;
-        quint64 identity = 0;
-        if (type == DT_UNKNOWN || type == DT_REG) {
-            struct stat info;
-            if (::fstatat(directoryFd, rawName, &info, AT_SYMLINK_NOFOLLOW) != 0)
-                continue;
-            type = S_ISDIR(info.st_mode) ? DT_DIR : S_ISREG(info.st_mode) ? DT_REG : DT_UNKNOWN;
-            if (type == DT_REG)
-                identity = fileIdentityOf(info);
-        }
-        if (type == DT_DIR || type == DT_REG) // links and special files are not part of a package
-            entries.push_back({QByteArray(rawName), name, type == DT_DIR, identity});
+        entries.push_back({QByteArray(rawName), entry->d_type, 0});
     }
+    if (ok)
+        statEntries(directoryFd, entries);
 
-    for (size_t index = 0; ok && index < entries.size(); ++index) {
+    // Children in the tree's name order, so that each one goes in at the end of the map.
+    std::vector<std::pair<QString, DirectoryEntry *>> named;
+    named.reserve(entries.size());
+    for (DirectoryEntry &entry : entries) {
+        if (entry.type == DT_DIR || entry.type == DT_REG) // links and special files are not part of a package
+            named.emplace_back(QFile::decodeName(entry.rawName), &entry);
+    }
+    std::stable_sort(named.begin(), named.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+    for (size_t index = 0; ok && index < named.size(); ++index) {
+        const QString &name = named[index].first;
+        const DirectoryEntry &entry = *named[index].second;
+        if (index > 0 && name == named[index - 1].first)
+            continue; // two raw names that decode alike; the first one stands
         auto child = std::make_unique<ZDPackageNode>();
         child->changed = child->subtreeChanged = false;
-        const QString childPath = path + QLatin1Char('/') + entries[index].name;
-        child->identity = entries[index].identity;
-        if (entries[index].isDirectory) {
+        child->identity = entry.identity;
+        if (entry.type == DT_DIR) {
             child->directory = true;
-            ok = readDirectory(childPath, *child, onDemand, error);
+            ok = readDirectory(path + QLatin1Char('/') + name, *child, onDemand, error);
         } else if (onDemand) {
             child->loaded = false;
         } else {
-            ok = readFileAt(directoryFd, entries[index].rawName.constData(), childPath, &child->contents,
-                            error);
+            ok = readFileAt(directoryFd, entry.rawName.constData(), path + QLatin1Char('/') + name,
+                            &child->contents, error);
         }
         if (ok)
-            node.children.emplace(entries[index].name, std::move(child));
+            node.children.emplace_hint(node.children.end(), name, std::move(child));
     }
     ::closedir(directory);
     return ok;
@@ -525,6 +560,35 @@ quint64 ZDPackageTree::fileIdentity(const QString &path) const
 {
     const ZDPackageNode *node = findNode(m_root.get(), path);
     return node && !node->directory && !node->changed ? node->identity : 0;
+}
+
+QList<ZDPackageTree::FileEntry> ZDPackageTree::files(const QString &path) const
+{
+    QList<FileEntry> result;
+    if (const ZDPackageNode *node = findNode(m_root.get(), path); node && node->directory) {
+        result.reserve(qsizetype(node->children.size()));
+        for (const auto &[name, child] : node->children) {
+            if (!child->directory)
+                result.append({name, child->changed ? 0 : child->identity});
+        }
+    }
+    return result;
+}
+
+QByteArray ZDPackageTree::readFileContents(const QString &path) const
+{
+    const ZDPackageNode *node = findNode(m_root.get(), path);
+    if (!node || node->directory)
+        return {};
+    if (node->loaded)
+        return node->contents;
+    const QString filePath = m_origin + QLatin1Char('/') + path;
+    QByteArray contents;
+    ZDError error;
+    if (!readFileAt(AT_FDCWD, QFile::encodeName(filePath).constData(), filePath, &contents, &error))
+        zdLog(ZDLogLevel::Warning, ZDLogDomain::Library,
+              QStringLiteral("Cannot read %1 from the library package: %2").arg(path, error.toString()));
+    return contents;
 }
 
 void ZDPackageTree::loadContents(const ZDPackageNode &node, const QString &path) const

@@ -58,6 +58,19 @@ public:
     /// the tree was read; 0 when it was made or changed in memory since. An equal identity means
     /// the file was not written since.
     quint64 fileIdentity(const QString &path) const;
+    /// A regular file directly inside a directory, with its fileIdentity().
+    struct FileEntry
+    {
+        QString name;
+        quint64 identity = 0;
+    };
+    /// The regular files directly inside the directory at `path`, in the tree's order: one walk,
+    /// for directories too large to look files up one path at a time.
+    QList<FileEntry> files(const QString &path) const;
+    /// The bytes of the file at `path` like fileContents(), but a file read on demand is read
+    /// from disk without being kept. Safe to call from several threads at once while nothing
+    /// edits the tree.
+    QByteArray readFileContents(const QString &path) const;
     /// The names in the directory at `path`, in the tree's (byte-wise) order.
     QStringList childNames(const QString &path) const;
     /// How many entries the directory at `path` holds directly (at once, whatever their number).

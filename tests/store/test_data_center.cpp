@@ -466,6 +466,7 @@ TEST(DataCenter, TheSnippetCacheServesUnchangedFilesOnly)
     library.cacheMinimum = 0;
     {
         auto center = library.open();
+        center->waitUntilAllOperationsAreFinished(); // the cache is written behind the load
         EXPECT_EQ(center->snippetWithUUID(kept->UUID())->title(), QStringLiteral("from the cache"));
         EXPECT_EQ(center->snippetWithUUID(changed->UUID())->title(), QStringLiteral("changed elsewhere"));
         EXPECT_TRUE(center->snippetWithUUID(changed->UUID())

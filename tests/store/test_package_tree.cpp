@@ -4,9 +4,13 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -194,4 +198,44 @@ TEST(PackageTree, DigestConcatenatesInTheFileManagersNameOrder)
     EXPECT_EQ(ZDPackageTree().md5String(), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
     EXPECT_TRUE(
         ZDPackageTree::fileManagerLessThan(QStringLiteral("Snippet 9"), QStringLiteral("snippet 10")));
+}
+
+TEST(PackageTree, ListingALargeDirectoryAgreesWithLookingUpEachFile)
+{
+    // Enough files for the listing to be shared between threads.
+    QTemporaryDir dir;
+    const QString package = dir.filePath(QStringLiteral("big"));
+    ASSERT_TRUE(QDir().mkpath(package + QStringLiteral("/many/sub")));
+    QStringList expected;
+    for (int index = 0; index < 4200; ++index) {
+        const QString name = QStringLiteral("f%1.data").arg(index * 7919 % 4200);
+        QFile file(package + QStringLiteral("/many/") + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray::number(index));
+        expected << name;
+    }
+    ASSERT_EQ(::symlink("f1.data", QFile::encodeName(package + QStringLiteral("/many/link")).constData()), 0);
+    std::sort(expected.begin(), expected.end());
+
+    ZDPackageTree tree;
+    ASSERT_TRUE(ZDPackageTree::read(package, &tree, nullptr, ZDPackageTree::Contents::OnDemand));
+    EXPECT_EQ(tree.childNames(QStringLiteral("many")), expected + QStringList{QStringLiteral("sub")});
+    const QList<ZDPackageTree::FileEntry> files = tree.files(QStringLiteral("many"));
+    ASSERT_EQ(files.size(), expected.size());
+    QSet<quint64> identities;
+    for (qsizetype index = 0; index < files.size(); ++index) {
+        const QString path = QStringLiteral("many/") + files[index].name;
+        ASSERT_EQ(files[index].name, expected[index]);
+        ASSERT_EQ(files[index].identity, tree.fileIdentity(path));
+        identities.insert(files[index].identity);
+        // Read without being kept, and equal to what the tree reads and keeps.
+        ASSERT_EQ(tree.readFileContents(path), readFile(package + QLatin1Char('/') + path));
+    }
+    EXPECT_EQ(identities.size(), files.size());
+    EXPECT_FALSE(identities.contains(0));
+
+    // A file set in memory has no identity until it is written.
+    tree.setFile(QStringLiteral("many/f1.data"), "new");
+    EXPECT_EQ(tree.files(QStringLiteral("many")).at(1).identity, 0u);
+    EXPECT_EQ(tree.readFileContents(QStringLiteral("many/f1.data")), QByteArray("new"));
 }
