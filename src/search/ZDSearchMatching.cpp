@@ -9,6 +9,7 @@
 #include "ZDTextFolding.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -51,6 +52,8 @@ ZDTermPlacement placementOf(const Run &run)
 struct WordFilter
 {
     std::shared_ptr<ZDSearchFolding::Needle> needle; // the word as the comparison asks
+    QByteArray foldedUtf8;        // the word folded, for the indexed documents' folded texts
+    bool byteWise = false;        // ... when UTF-8 carries it exactly
     bool pruned = false;          // `candidates` holds every indexed snippet that may match
     bool decisive = false;        // ... and every one of them does match
     std::vector<bool> candidates; // by document number
@@ -125,6 +128,13 @@ bool isFoundIn(const ZDSearchFolding::Needle &needle, const ZDSnippet &snippet, 
     return false;
 }
 
+/// Whether an indexed document's folded text holds the folded word.
+bool isFoundIn(const QByteArray &word, const QByteArray &folded)
+{
+    return word.isEmpty() ||
+           memmem(folded.data(), size_t(folded.size()), word.constData(), size_t(word.size())) != nullptr;
+}
+
 void reportRankingError(const QString &description)
 {
     zdReportEvent(QStringLiteral("SearchEngineErr"), {{QStringLiteral("description"), description}});
@@ -173,6 +183,8 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
     for (const QString &word : words) {
         WordFilter filter;
         filter.needle = std::make_shared<ZDSearchFolding::Needle>(word, !matchesCase);
+        filter.foldedUtf8 = filter.needle->text().toUtf8();
+        filter.byteWise = !matchesCase && QStringView(filter.needle->text()).isValidUtf16();
         if (indexes)
             plan(filter, ZDTextFolding::folded(word), indexes->index(fullText));
         filters.push_back(std::move(filter));
@@ -217,6 +229,17 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
                 if (filter.decisive)
                     continue;
             }
+            if (indexed && filter.byteWise) {
+                // What the index holds of the snippet is its current text, folded already.
+                const ZDFoldedText *text = indexes->index(fullText).foldedText(id);
+                if (text && text->exact) {
+                    if (!isFoundIn(filter.foldedUtf8, text->utf8)) {
+                        matched = false;
+                        break;
+                    }
+                    continue;
+                }
+            }
             if (!isFoundIn(*filter.needle, *snippets[i], fullText)) {
                 matched = false;
                 break;
@@ -249,22 +272,30 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
 }
 
 QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullText, bool fuzzy,
-                                             const ZDSnippetIndexes &indexes) const
+                                             const ZDSnippetIndexes &indexes, bool identifiers) const
 {
     const ZDFullTextIndex &index = indexes.index(fullText);
     // Each fuzzy word may match inside longer terms: it stands for the terms holding it. A
     // literal keyword is a phrase of its terms.
     constexpr int expansionLimit = 64;
     QStringList clauses;
-    auto phrase = [](const QStringList &terms) -> QString {
-        return QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"');
+    // How many documents each phrase of the query matches, as far as the vocabulary knows it:
+    // the ranking then need not count them (-1: it counts).
+    std::vector<qint64> phraseCounts;
+    auto addPhrase = [&](const QStringList &terms) {
+        clauses.append(QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"'));
+        std::vector<qint64> counts;
+        if (terms.size() == 1)
+            index.termsContaining(terms.first().toUtf8(), ZDTermPlacement::Whole, -1, &counts);
+        phraseCounts.push_back(terms.size() != 1 ? -1 : counts.empty() ? 0 : counts.front());
     };
     if (fuzzy) {
         for (const QString &word : wordsOfKeyword(keyword, true)) {
             const QString folded = ZDTextFolding::folded(word);
             if (ZDFoldingTokenizer::isSingleTerm(folded)) {
+                std::vector<qint64> counts;
                 const QList<QByteArray> terms =
-                    index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit);
+                    index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit, &counts);
                 if (terms.isEmpty())
                     return {}; // every word is required
                 QStringList alternatives;
@@ -272,16 +303,18 @@ QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullTe
                     alternatives.append(QLatin1Char('"') + QString::fromUtf8(term) + QLatin1Char('"'));
                 clauses.append(QLatin1Char('(') + alternatives.join(QStringLiteral(" OR ")) +
                                QLatin1Char(')'));
+                phraseCounts.insert(phraseCounts.end(), counts.begin(), counts.end());
             } else if (const QStringList terms = ZDFoldingTokenizer::terms(folded); !terms.isEmpty()) {
-                clauses.append(phrase(terms));
+                addPhrase(terms);
             }
         }
     } else if (const QStringList terms = ZDFoldingTokenizer::terms(keyword); !terms.isEmpty()) {
-        clauses.append(phrase(terms));
+        addPhrase(terms);
     }
     if (clauses.isEmpty())
         return {};
-    return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs);
+    return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs,
+                        &phraseCounts, identifiers);
 }
 
 ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText,
@@ -291,7 +324,7 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
     const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
     if (!indexes)
         return ranks;
-    for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
+    for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes, true)) {
         if (hit.identifier.isEmpty()) {
             reportRankingError(QStringLiteral("rankCollectionWithKeyword:fullText:fuzzy: url is nil"));
             continue;
@@ -329,7 +362,7 @@ ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &ke
         // Relevance by document number; a match the ranking did not return keeps -1 and goes last.
         std::vector<double> relevance(size_t(indexes->index(fullText).maximumDocumentID() + 1),
                                       ZDRankCollection::unranked);
-        for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
+        for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes, false)) {
             if (size_t(hit.documentID) < relevance.size())
                 relevance[size_t(hit.documentID)] = std::max(relevance[size_t(hit.documentID)], hit.score);
         }
