@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 namespace {
 
@@ -48,12 +49,34 @@ ZDTermPlacement placementOf(const Run &run)
     return ZDTermPlacement::Anywhere;
 }
 
+/// A folded word (UTF-8) searched for in folded texts; Boyer-Moore-Horspool skips most bytes
+/// of a text for any but the shortest words.
+struct ByteNeedle
+{
+    explicit ByteNeedle(const QString &folded)
+        : word(folded.toUtf8()), searcher(word.constData(), word.constData() + word.size())
+    {
+    }
+    ByteNeedle(const ByteNeedle &) = delete; // the searcher points into `word`
+
+    bool isFoundIn(const QByteArray &text) const
+    {
+        if (word.size() <= 1)
+            return word.isEmpty() || std::memchr(text.constData(), word[0], size_t(text.size())) != nullptr;
+        const char *end = text.constData() + text.size();
+        return std::search(text.constData(), end, searcher) != end;
+    }
+
+    const QByteArray word;
+    const std::boyer_moore_horspool_searcher<const char *> searcher;
+};
+
 /// One required word and what the index says of it.
 struct WordFilter
 {
     std::shared_ptr<ZDSearchFolding::Needle> needle; // the word as the comparison asks
-    QByteArray foldedUtf8;        // the word folded, for the indexed documents' folded texts
-    bool byteWise = false;        // ... when UTF-8 carries it exactly
+    // The word folded, for the indexed documents' folded texts when UTF-8 carries it exactly.
+    std::shared_ptr<const ByteNeedle> bytes;
     bool pruned = false;          // `candidates` holds every indexed snippet that may match
     bool decisive = false;        // ... and every one of them does match
     std::vector<bool> candidates; // by document number
@@ -128,13 +151,6 @@ bool isFoundIn(const ZDSearchFolding::Needle &needle, const ZDSnippet &snippet, 
     return false;
 }
 
-/// Whether an indexed document's folded text holds the folded word.
-bool isFoundIn(const QByteArray &word, const QByteArray &folded)
-{
-    return word.isEmpty() ||
-           memmem(folded.data(), size_t(folded.size()), word.constData(), size_t(word.size())) != nullptr;
-}
-
 void reportRankingError(const QString &description)
 {
     zdReportEvent(QStringLiteral("SearchEngineErr"), {{QStringLiteral("description"), description}});
@@ -183,8 +199,8 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
     for (const QString &word : words) {
         WordFilter filter;
         filter.needle = std::make_shared<ZDSearchFolding::Needle>(word, !matchesCase);
-        filter.foldedUtf8 = filter.needle->text().toUtf8();
-        filter.byteWise = !matchesCase && QStringView(filter.needle->text()).isValidUtf16();
+        if (!matchesCase && QStringView(filter.needle->text()).isValidUtf16())
+            filter.bytes = std::make_shared<const ByteNeedle>(filter.needle->text());
         if (indexes)
             plan(filter, ZDTextFolding::folded(word), indexes->index(fullText));
         filters.push_back(std::move(filter));
@@ -229,11 +245,11 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
                 if (filter.decisive)
                     continue;
             }
-            if (indexed && filter.byteWise) {
+            if (indexed && filter.bytes) {
                 // What the index holds of the snippet is its current text, folded already.
                 const ZDFoldedText *text = indexes->index(fullText).foldedText(id);
                 if (text && text->exact) {
-                    if (!isFoundIn(filter.foldedUtf8, text->utf8)) {
+                    if (!filter.bytes->isFoundIn(text->utf8)) {
                         matched = false;
                         break;
                     }

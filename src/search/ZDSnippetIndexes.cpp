@@ -6,7 +6,6 @@
 
 #include <atomic>
 
-
 ZDSnippetIndexes::ZDSnippetIndexes() : m_title(titleIndexName), m_fullText(fullTextIndexName) {}
 
 bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
