@@ -12,6 +12,7 @@ struct Observer
 {
     ZDFoldingTokenizer::TermObserver observer = nullptr;
     void *context = nullptr;
+    bool documentsAreFolded = false;
 };
 
 struct Tokenizer
@@ -132,11 +133,12 @@ int tokenize(Fts5Tokenizer *tokenizer, void *context, int flags, const char *tex
         return SQLITE_OK;
     const Observer &observer = reinterpret_cast<Tokenizer *>(tokenizer)->observer;
     const bool document = (flags & FTS5_TOKENIZE_DOCUMENT) != 0;
+    const bool fold = document && !observer.documentsAreFolded;
     if (document && observer.observer) {
         ObservingContext observing{context, emit, observer};
-        return tokenizeText(&observing, true, text, length, observeAndEmit);
+        return tokenizeText(&observing, fold, text, length, observeAndEmit);
     }
-    return tokenizeText(context, document, text, length, emit);
+    return tokenizeText(context, fold, text, length, emit);
 }
 
 int tokenizeText(void *context, bool fold, const char *text, int length, TokenCallback emit)
@@ -177,13 +179,13 @@ fts5_api *fts5Api(sqlite3 *db)
 
 namespace ZDFoldingTokenizer {
 
-bool registerWith(sqlite3 *db, TermObserver observer, void *context)
+bool registerWith(sqlite3 *db, TermObserver observer, void *context, bool documentsAreFolded)
 {
     fts5_api *api = fts5Api(db);
     if (!api || api->iVersion < 2)
         return false;
     static fts5_tokenizer tokenizer = {createTokenizer, deleteTokenizer, tokenize};
-    auto *userData = new Observer{observer, context};
+    auto *userData = new Observer{observer, context, documentsAreFolded};
     return api->xCreateTokenizer(api, name, userData, &tokenizer, deleteObserver) == SQLITE_OK;
 }
 

@@ -17,11 +17,14 @@ inline constexpr char name[] = "zdfold";
 /// Told every term of every document the tokenizer indexes (UTF-8, not terminated).
 using TermObserver = void (*)(void *context, const char *term, int length);
 /// Registers the tokenizer with FTS5 on `db`; `observer` (may be null) is called with `context`
-/// for every term of an indexed document. False when FTS5 is not available.
+/// for every term of an indexed document. With `documentsAreFolded` the texts of documents
+/// come folded already (ZDSearchFolding::folded) and are only split. False when FTS5 is not
+/// available.
 ///
 /// Query strings are split into terms but not folded: callers fold the words of a query first,
 /// so that the terms they take from the vocabulary pass through unchanged.
-bool registerWith(sqlite3 *db, TermObserver observer = nullptr, void *context = nullptr);
+bool registerWith(sqlite3 *db, TermObserver observer = nullptr, void *context = nullptr,
+                  bool documentsAreFolded = false);
 /// The terms of `text`, in order (repeats kept).
 QStringList terms(const QString &text);
 /// Whether every UTF-16 unit of `folded` is a letter or digit (so it can only occur inside a term).

@@ -1,6 +1,8 @@
 #include "ZDFullTextIndex.h"
 
 #include "ZDFoldingTokenizer.h"
+#include "ZDRankFunction.h"
+#include "ZDSearchFolding.h"
 
 #include <QByteArrayMatcher>
 #include <QElapsedTimer>
@@ -50,7 +52,7 @@ ZDFullTextIndex::ZDFullTextIndex(const QString &name)
         m_db = nullptr;
         return;
     }
-    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this) &&
+    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this, true) && ZDRankFunction::registerWith(m_db) &&
                     exec("PRAGMA journal_mode=OFF") && exec("PRAGMA synchronous=OFF") &&
                     exec(QByteArray("CREATE VIRTUAL TABLE " + m_table +
                                     " USING fts5(body, content='', detail=full, tokenize='zdfold')")
@@ -92,16 +94,15 @@ void ZDFullTextIndex::beginIfNeeded()
 }
 
 bool ZDFullTextIndex::writeRow(sqlite3_stmt *&statement, const QByteArray &sql, qint64 rowid,
-                               const QString &text)
+                               const QByteArray &folded)
 {
     if (!statement && sqlite3_prepare_v3(m_db, sql.constData(), -1, SQLITE_PREPARE_PERSISTENT, &statement,
                                          nullptr) != SQLITE_OK) {
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
         return false;
     }
-    const QByteArray utf8 = text.toUtf8();
     sqlite3_bind_int64(statement, 1, rowid);
-    sqlite3_bind_text(statement, 2, utf8.constData(), int(utf8.size()), SQLITE_STATIC);
+    sqlite3_bind_text(statement, 2, folded.constData(), int(folded.size()), SQLITE_STATIC);
     const bool done = sqlite3_step(statement) == SQLITE_DONE;
     if (!done)
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
@@ -110,23 +111,41 @@ bool ZDFullTextIndex::writeRow(sqlite3_stmt *&statement, const QByteArray &sql, 
     return done;
 }
 
-bool ZDFullTextIndex::insertRow(qint64 rowid, const QString &text)
+bool ZDFullTextIndex::insertRow(qint64 rowid, const ZDFoldedText &folded)
 {
     m_writing = {rowid, false};
-    return writeRow(m_insert, "INSERT INTO " + m_table + "(rowid, body) VALUES (?1, ?2)", rowid, text);
+    if (!writeRow(m_insert, "INSERT INTO " + m_table + "(rowid, body) VALUES (?1, ?2)", rowid, folded.utf8))
+        return false;
+    if (m_folded.size() <= size_t(rowid))
+        m_folded.resize(std::max(size_t(rowid) + 1, m_folded.size() * 2));
+    m_folded[size_t(rowid)] = folded;
+    return true;
 }
 
-bool ZDFullTextIndex::deleteRow(qint64 rowid, const QString &text)
+bool ZDFullTextIndex::deleteRow(qint64 rowid)
 {
     // A table without stored content forgets a row by being told the terms it was indexed with.
     m_writing = {rowid, true};
-    return writeRow(m_delete,
-                    "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)",
-                    rowid, text);
+    const bool done = writeRow(m_delete,
+                               "INSERT INTO " + m_table + "(" + m_table + ", rowid, body) VALUES ('delete', ?1, ?2)",
+                               rowid, m_folded[size_t(rowid)].utf8);
+    if (done)
+        m_folded[size_t(rowid)] = ZDFoldedText();
+    return done;
 }
 
-qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &text,
-                                    const QString &previousText)
+ZDFoldedText ZDFoldedText::of(const QString &text)
+{
+    const QString folded = ZDSearchFolding::folded(text);
+    return {folded.toUtf8(), QStringView(folded).isValidUtf16()};
+}
+
+qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &text)
+{
+    return addFoldedDocument(identifier, ZDFoldedText::of(text));
+}
+
+qint64 ZDFullTextIndex::addFoldedDocument(const QString &identifier, const ZDFoldedText &folded)
 {
     std::lock_guard lock(m_mutex);
     if (!m_db)
@@ -134,12 +153,12 @@ qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &te
     beginIfNeeded();
     qint64 rowid = m_idByIdentifier.value(identifier);
     if (rowid != 0) {
-        if (!deleteRow(rowid, previousText))
+        if (!deleteRow(rowid))
             return 0;
     } else {
         rowid = m_maximumID + 1;
     }
-    if (!insertRow(rowid, text))
+    if (!insertRow(rowid, folded))
         return 0;
     m_idByIdentifier.insert(identifier, rowid);
     m_identifierById.insert(rowid, identifier);
@@ -147,14 +166,14 @@ qint64 ZDFullTextIndex::addDocument(const QString &identifier, const QString &te
     return rowid;
 }
 
-bool ZDFullTextIndex::removeDocument(const QString &identifier, const QString &previousText)
+bool ZDFullTextIndex::removeDocument(const QString &identifier)
 {
     std::lock_guard lock(m_mutex);
     const qint64 rowid = m_idByIdentifier.value(identifier);
     if (!m_db || rowid == 0)
         return true;
     beginIfNeeded();
-    if (!deleteRow(rowid, previousText))
+    if (!deleteRow(rowid))
         return false;
     m_idByIdentifier.remove(identifier);
     m_identifierById.remove(rowid);
@@ -170,7 +189,7 @@ void ZDFullTextIndex::flush()
     }
 }
 
-bool ZDFullTextIndex::compact(const std::function<QString(const QString &identifier)> &textOf)
+bool ZDFullTextIndex::compact()
 {
     std::lock_guard lock(m_mutex);
     if (!m_db)
@@ -182,16 +201,19 @@ bool ZDFullTextIndex::compact(const std::function<QString(const QString &identif
         return false;
     for (std::vector<quint32> &posting : m_postings)
         posting.clear();
+    std::vector<ZDFoldedText> texts(m_folded.size());
+    std::swap(texts, m_folded);
     QHash<QString, qint64> ids;
     QHash<qint64, QString> identifiers;
     qint64 next = 0;
     for (qint64 rowid : std::as_const(rowids)) {
         const QString identifier = m_identifierById.value(rowid);
-        if (!insertRow(++next, textOf(identifier)))
+        if (!insertRow(++next, texts[size_t(rowid)]))
             return false;
         ids.insert(identifier, next);
         identifiers.insert(next, identifier);
     }
+    m_folded.resize(size_t(next) + 1);
     m_idByIdentifier = std::move(ids);
     m_identifierById = std::move(identifiers);
     m_maximumID = next;
@@ -219,13 +241,18 @@ qint64 ZDFullTextIndex::documentID(const QString &identifier) const
     return m_idByIdentifier.value(identifier);
 }
 
-QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits, int timeLimitMs) const
+QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits, int timeLimitMs,
+                                          const std::vector<qint64> *phraseDocumentCounts,
+                                          bool identifiers) const
 {
     std::lock_guard lock(m_mutex);
     QList<ZDIndexHit> hits;
     if (!m_db)
         return hits;
-    Statement statement(m_db, "SELECT rowid, bm25(" + m_table + ") FROM " + m_table + " WHERE " + m_table +
+    hits.reserve(maximumHits);
+    const QByteArray rank = phraseDocumentCounts ? QByteArray("zdrank(" + m_table + ", ?3)")
+                                                 : QByteArray("bm25(" + m_table + ")");
+    Statement statement(m_db, "SELECT rowid, " + rank + " FROM " + m_table + " WHERE " + m_table +
                                   " MATCH ?1 LIMIT ?2");
     if (!statement) {
         m_lastError = QString::fromUtf8(sqlite3_errmsg(m_db));
@@ -233,6 +260,11 @@ QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits,
     }
     statement.bindText(1, query);
     sqlite3_bind_int(statement.get(), 2, maximumHits);
+    std::vector<sqlite3_int64> counts;
+    if (phraseDocumentCounts) {
+        counts.assign(phraseDocumentCounts->begin(), phraseDocumentCounts->end());
+        sqlite3_bind_pointer(statement.get(), 3, counts.data(), ZDRankFunction::countsPointerType, nullptr);
+    }
     QElapsedTimer clock;
     clock.start();
     struct Deadline
@@ -249,30 +281,56 @@ QList<ZDIndexHit> ZDFullTextIndex::search(const QString &query, int maximumHits,
         &deadline);
     while (sqlite3_step(statement.get()) == SQLITE_ROW) {
         const qint64 rowid = sqlite3_column_int64(statement.get(), 0);
-        hits.append({m_identifierById.value(rowid), rowid, -sqlite3_column_double(statement.get(), 1)});
+        hits.append({identifiers ? m_identifierById.value(rowid) : QString(), rowid,
+                     -sqlite3_column_double(statement.get(), 1)});
     }
     sqlite3_progress_handler(m_db, 0, nullptr, nullptr);
     return hits;
+}
+
+QHash<QByteArray, qint64> ZDFullTextIndex::documentCountsByTerm() const
+{
+    std::lock_guard lock(m_mutex);
+    QHash<QByteArray, qint64> counts;
+    if (!m_db || !exec(QByteArray("CREATE VIRTUAL TABLE IF NOT EXISTS temp.vocabulary USING fts5vocab(main, " +
+                                  m_table + ", 'row')")
+                           .constData()))
+        return counts;
+    Statement statement(m_db, "SELECT term, doc FROM temp.vocabulary");
+    while (statement && sqlite3_step(statement.get()) == SQLITE_ROW) {
+        const auto *term = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
+        counts.insert(QByteArray(term, sqlite3_column_bytes(statement.get(), 0)),
+                      sqlite3_column_int64(statement.get(), 1));
+    }
+    return counts;
+}
+
+QHash<QByteArray, qint64> ZDFullTextIndex::vocabularyDocumentCounts() const
+{
+    std::lock_guard lock(m_mutex);
+    QHash<QByteArray, qint64> counts;
+    for (int id = 0; id < m_terms.count(); ++id) {
+        if (!m_postings[size_t(id)].empty())
+            counts.insert(m_terms.term(id).toByteArray(), qint64(m_postings[size_t(id)].size()));
+    }
+    return counts;
 }
 
 void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
 {
     // Called by the tokenizer while a write holds the lock: keeps the vocabulary and each
     // term's sorted list of document numbers in step with the table.
-    const QByteArray key = QByteArray::fromRawData(term, length);
-    auto found = m_termIds.constFind(key);
+    const QByteArrayView key(term, length);
     int id;
-    if (found != m_termIds.constEnd()) {
-        id = found.value();
-    } else {
-        if (m_writing.removing)
+    if (m_writing.removing) {
+        id = m_terms.find(key);
+        if (id < 0)
             return;
-        id = int(m_termStarts.size());
-        m_vocabulary.append('\n');
-        m_termStarts.push_back(int(m_vocabulary.size()));
-        m_vocabulary.append(term, length);
-        m_termIds.insert(QByteArray(term, length), id);
-        m_postings.emplace_back();
+    } else {
+        bool added = false;
+        id = m_terms.insert(key, &added);
+        if (added)
+            m_postings.emplace_back();
     }
     std::vector<quint32> &posting = m_postings[size_t(id)];
     const auto document = quint32(m_writing.rowid);
@@ -280,6 +338,8 @@ void ZDFullTextIndex::noteIndexedTerm(const char *term, int length)
         posting.push_back(document);
         return;
     }
+    if (!m_writing.removing && posting.back() == document)
+        return; // a repeat within the document being written
     const auto at = std::lower_bound(posting.begin(), posting.end(), document);
     const bool present = at != posting.end() && *at == document;
     if (m_writing.removing && present)
@@ -322,60 +382,47 @@ std::vector<int> ZDFullTextIndex::unlockedTermIdsContaining(const QByteArray &fr
     if (fragment.isEmpty())
         return ids;
     if (placement == ZDTermPlacement::Whole) {
-        if (const auto found = m_termIds.constFind(fragment); found != m_termIds.constEnd())
-            ids.push_back(found.value());
+        if (const int id = m_terms.find(fragment); id >= 0)
+            ids.push_back(id);
         return ids;
     }
+    const QByteArray &vocabulary = m_terms.text();
     const QByteArrayMatcher matcher(fragment);
-    const qsizetype vocabularySize = m_vocabulary.size();
     qsizetype from = 0;
-    while ((from = matcher.indexIn(m_vocabulary, from)) >= 0) {
+    while ((from = matcher.indexIn(vocabulary, from)) >= 0) {
         // The term holding this occurrence: the last one starting at or before it.
-        const auto it = std::upper_bound(m_termStarts.begin(), m_termStarts.end(), int(from));
-        const int id = int(it - m_termStarts.begin()) - 1;
-        const qsizetype start = m_termStarts[size_t(id)];
-        const qsizetype end =
-            size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : vocabularySize;
-        const QByteArrayView term(m_vocabulary.constData() + start, end - start);
-        const bool atStart = term.startsWith(fragment);
-        const bool atEnd = term.endsWith(fragment);
-        from = end; // one look at each term is enough
-        if ((placement == ZDTermPlacement::AtStart && !atStart) ||
-            (placement == ZDTermPlacement::AtEnd && !atEnd))
+        const int id = m_terms.termAt(from);
+        const QByteArrayView term = m_terms.term(id);
+        from = term.data() - vocabulary.constData() + term.size(); // one look at each term is enough
+        if ((placement == ZDTermPlacement::AtStart && !term.startsWith(fragment)) ||
+            (placement == ZDTermPlacement::AtEnd && !term.endsWith(fragment)))
             continue;
         ids.push_back(id);
     }
     return ids;
 }
 
-QByteArray ZDFullTextIndex::termWithId(int id) const
-{
-    const qsizetype start = m_termStarts[size_t(id)];
-    const qsizetype end =
-        size_t(id + 1) < m_termStarts.size() ? m_termStarts[size_t(id + 1)] - 1 : m_vocabulary.size();
-    return m_vocabulary.mid(start, end - start);
-}
-
 QList<QByteArray> ZDFullTextIndex::termsContaining(const QByteArray &fragment, ZDTermPlacement placement,
-                                                   int limit) const
+                                                   int limit, std::vector<qint64> *documentCounts) const
 {
     std::lock_guard lock(m_mutex);
     std::vector<int> ids = unlockedTermIdsContaining(fragment, placement);
     // Terms that no document holds any more are left out; when there are too many, the
     // shortest (the closest to the fragment) are kept.
     std::erase_if(ids, [this](int id) { return m_postings[size_t(id)].empty(); });
-    auto length = [this](int id) {
-        const size_t next = size_t(id) + 1;
-        return (next < m_termStarts.size() ? m_termStarts[next] - 1 : int(m_vocabulary.size())) -
-               m_termStarts[size_t(id)];
-    };
+    auto length = [this](int id) { return m_terms.length(id); };
     if (limit >= 0 && ids.size() > size_t(limit)) {
         std::stable_sort(ids.begin(), ids.end(), [&](int a, int b) { return length(a) < length(b); });
         ids.resize(size_t(limit));
     }
     QList<QByteArray> terms;
-    for (int id : ids)
-        terms.append(termWithId(id));
+    if (documentCounts)
+        documentCounts->clear();
+    for (int id : ids) {
+        terms.append(m_terms.term(id).toByteArray());
+        if (documentCounts)
+            documentCounts->push_back(qint64(m_postings[size_t(id)].size()));
+    }
     return terms;
 }
 

@@ -77,12 +77,12 @@ void ZDSearchEngine::rebuildIndex()
             m_indexes.reset();
         }
         auto indexes = std::make_shared<ZDSnippetIndexes>();
-        for (const ZDIndexedSnippet &snippet : std::as_const(*snapshot)) {
-            if (m_generation != generation)
-                return; // superseded: the later rebuild finishes the job
-            if (!indexes->put(snippet))
-                reportError(QStringLiteral("updateIndexForSnippet:changeKind: document cannot be created."));
-        }
+        // When superseded, the later rebuild finishes the job.
+        const qsizetype refused = indexes->build(*snapshot, [&] { return m_generation != generation; });
+        if (m_generation != generation)
+            return;
+        for (qsizetype i = 0; i < refused; ++i)
+            reportError(QStringLiteral("updateIndexForSnippet:changeKind: document cannot be created."));
         indexes->flush();
         if (m_generation != generation)
             return;

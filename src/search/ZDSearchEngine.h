@@ -132,7 +132,7 @@ private:
     std::vector<qint64> documentIDsByPosition(const ZDSnippetList &snippets, const ZDSnippetIndexes &indexes,
                                               bool fullText) const;
     QList<struct ZDIndexHit> rankedHits(const QString &keyword, bool fullText, bool fuzzy,
-                                        const ZDSnippetIndexes &indexes) const;
+                                        const ZDSnippetIndexes &indexes, bool identifiers) const;
 
     // The document numbers of the store's list by position, kept while neither the list nor
     // the indexes change, so that a search need not look at every snippet.

@@ -9,6 +9,8 @@
 #include "ZDTextFolding.h"
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 
 namespace {
 
@@ -47,10 +49,34 @@ ZDTermPlacement placementOf(const Run &run)
     return ZDTermPlacement::Anywhere;
 }
 
+/// A folded word (UTF-8) searched for in folded texts; Boyer-Moore-Horspool skips most bytes
+/// of a text for any but the shortest words.
+struct ByteNeedle
+{
+    explicit ByteNeedle(const QString &folded)
+        : word(folded.toUtf8()), searcher(word.constData(), word.constData() + word.size())
+    {
+    }
+    ByteNeedle(const ByteNeedle &) = delete; // the searcher points into `word`
+
+    bool isFoundIn(const QByteArray &text) const
+    {
+        if (word.size() <= 1)
+            return word.isEmpty() || std::memchr(text.constData(), word[0], size_t(text.size())) != nullptr;
+        const char *end = text.constData() + text.size();
+        return std::search(text.constData(), end, searcher) != end;
+    }
+
+    const QByteArray word;
+    const std::boyer_moore_horspool_searcher<const char *> searcher;
+};
+
 /// One required word and what the index says of it.
 struct WordFilter
 {
     std::shared_ptr<ZDSearchFolding::Needle> needle; // the word as the comparison asks
+    // The word folded, for the indexed documents' folded texts when UTF-8 carries it exactly.
+    std::shared_ptr<const ByteNeedle> bytes;
     bool pruned = false;          // `candidates` holds every indexed snippet that may match
     bool decisive = false;        // ... and every one of them does match
     std::vector<bool> candidates; // by document number
@@ -173,6 +199,8 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
     for (const QString &word : words) {
         WordFilter filter;
         filter.needle = std::make_shared<ZDSearchFolding::Needle>(word, !matchesCase);
+        if (!matchesCase && QStringView(filter.needle->text()).isValidUtf16())
+            filter.bytes = std::make_shared<const ByteNeedle>(filter.needle->text());
         if (indexes)
             plan(filter, ZDTextFolding::folded(word), indexes->index(fullText));
         filters.push_back(std::move(filter));
@@ -217,6 +245,17 @@ std::vector<qsizetype> ZDSearchEngine::matchingPositions(const ZDSnippetList &sn
                 if (filter.decisive)
                     continue;
             }
+            if (indexed && filter.bytes) {
+                // What the index holds of the snippet is its current text, folded already.
+                const ZDFoldedText *text = indexes->index(fullText).foldedText(id);
+                if (text && text->exact) {
+                    if (!filter.bytes->isFoundIn(text->utf8)) {
+                        matched = false;
+                        break;
+                    }
+                    continue;
+                }
+            }
             if (!isFoundIn(*filter.needle, *snippets[i], fullText)) {
                 matched = false;
                 break;
@@ -249,22 +288,30 @@ ZDSnippetList ZDSearchEngine::privateSearchWithKeyword(const QString &keyword, b
 }
 
 QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullText, bool fuzzy,
-                                             const ZDSnippetIndexes &indexes) const
+                                             const ZDSnippetIndexes &indexes, bool identifiers) const
 {
     const ZDFullTextIndex &index = indexes.index(fullText);
     // Each fuzzy word may match inside longer terms: it stands for the terms holding it. A
     // literal keyword is a phrase of its terms.
     constexpr int expansionLimit = 64;
     QStringList clauses;
-    auto phrase = [](const QStringList &terms) -> QString {
-        return QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"');
+    // How many documents each phrase of the query matches, as far as the vocabulary knows it:
+    // the ranking then need not count them (-1: it counts).
+    std::vector<qint64> phraseCounts;
+    auto addPhrase = [&](const QStringList &terms) {
+        clauses.append(QLatin1Char('"') + terms.join(QLatin1Char(' ')) + QLatin1Char('"'));
+        std::vector<qint64> counts;
+        if (terms.size() == 1)
+            index.termsContaining(terms.first().toUtf8(), ZDTermPlacement::Whole, -1, &counts);
+        phraseCounts.push_back(terms.size() != 1 ? -1 : counts.empty() ? 0 : counts.front());
     };
     if (fuzzy) {
         for (const QString &word : wordsOfKeyword(keyword, true)) {
             const QString folded = ZDTextFolding::folded(word);
             if (ZDFoldingTokenizer::isSingleTerm(folded)) {
+                std::vector<qint64> counts;
                 const QList<QByteArray> terms =
-                    index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit);
+                    index.termsContaining(folded.toUtf8(), ZDTermPlacement::Anywhere, expansionLimit, &counts);
                 if (terms.isEmpty())
                     return {}; // every word is required
                 QStringList alternatives;
@@ -272,16 +319,18 @@ QList<ZDIndexHit> ZDSearchEngine::rankedHits(const QString &keyword, bool fullTe
                     alternatives.append(QLatin1Char('"') + QString::fromUtf8(term) + QLatin1Char('"'));
                 clauses.append(QLatin1Char('(') + alternatives.join(QStringLiteral(" OR ")) +
                                QLatin1Char(')'));
+                phraseCounts.insert(phraseCounts.end(), counts.begin(), counts.end());
             } else if (const QStringList terms = ZDFoldingTokenizer::terms(folded); !terms.isEmpty()) {
-                clauses.append(phrase(terms));
+                addPhrase(terms);
             }
         }
     } else if (const QStringList terms = ZDFoldingTokenizer::terms(keyword); !terms.isEmpty()) {
-        clauses.append(phrase(terms));
+        addPhrase(terms);
     }
     if (clauses.isEmpty())
         return {};
-    return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs);
+    return index.search(clauses.join(QStringLiteral(" AND ")), maximumRankedHits, rankingTimeLimitMs,
+                        &phraseCounts, identifiers);
 }
 
 ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keyword, bool fullText,
@@ -291,7 +340,7 @@ ZDRankCollection ZDSearchEngine::rankCollectionWithKeyword(const QString &keywor
     const std::shared_ptr<ZDSnippetIndexes> indexes = m_indexReady ? currentIndexes() : nullptr;
     if (!indexes)
         return ranks;
-    for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
+    for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes, true)) {
         if (hit.identifier.isEmpty()) {
             reportRankingError(QStringLiteral("rankCollectionWithKeyword:fullText:fuzzy: url is nil"));
             continue;
@@ -329,7 +378,7 @@ ZDSnippetList ZDSearchEngine::mutableOrderedObjectsWithKeyword(const QString &ke
         // Relevance by document number; a match the ranking did not return keeps -1 and goes last.
         std::vector<double> relevance(size_t(indexes->index(fullText).maximumDocumentID() + 1),
                                       ZDRankCollection::unranked);
-        for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes)) {
+        for (const ZDIndexHit &hit : rankedHits(keyword, fullText, fuzzy, *indexes, false)) {
             if (size_t(hit.documentID) < relevance.size())
                 relevance[size_t(hit.documentID)] = std::max(relevance[size_t(hit.documentID)], hit.score);
         }

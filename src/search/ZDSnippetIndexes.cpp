@@ -2,6 +2,10 @@
 
 #include "ZDSnippet.h"
 
+#include <QThread>
+
+#include <atomic>
+
 ZDSnippetIndexes::ZDSnippetIndexes() : m_title(titleIndexName), m_fullText(fullTextIndexName) {}
 
 bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
@@ -10,13 +14,11 @@ bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
     ++m_revision;
     const QString url = ZDIndexedSnippet::documentURL(snippet.UUID);
     const std::shared_ptr<Entry> previous = m_byUUID.value(snippet.UUID);
-    const QString previousTitle = previous ? previous->indexed.title : QString();
-    const QString previousText = previous ? previous->indexed.stringRepresentation() : QString();
 
     auto entry = std::make_shared<Entry>();
     entry->indexed = snippet;
-    entry->titleID = m_title.addDocument(url, snippet.title, previousTitle);
-    entry->fullTextID = m_fullText.addDocument(url, snippet.stringRepresentation(), previousText);
+    entry->titleID = m_title.addDocument(url, snippet.title);
+    entry->fullTextID = m_fullText.addDocument(url, snippet.stringRepresentation());
     if (previous)
         m_byObject.remove(previous->indexed.snippet.get());
     if (entry->titleID == 0 || entry->fullTextID == 0) {
@@ -29,6 +31,65 @@ bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
     return true;
 }
 
+qsizetype ZDSnippetIndexes::build(const QList<ZDIndexedSnippet> &snippets, const std::function<bool()> &superseded)
+{
+    const size_t count = size_t(snippets.size());
+    std::vector<ZDFoldedText> texts(count);
+    std::vector<qint64> titleIDs(count, 0);
+    std::vector<qint64> fullTextIDs(count, 0);
+    std::atomic<size_t> folded{0};
+    std::atomic<bool> stop{false};
+    auto url = [&](size_t i) { return ZDIndexedSnippet::documentURL(snippets[qsizetype(i)].UUID); };
+
+    // The full texts are folded ahead of the full-text index, which takes most of the time;
+    // the titles are indexed once they are all folded.
+    std::unique_ptr<QThread> helper(QThread::create([&] {
+        for (size_t i = 0; i < count && !stop; ++i) {
+            texts[i] = ZDFoldedText::of(snippets[qsizetype(i)].stringRepresentation());
+            folded.store(i + 1, std::memory_order_release);
+            folded.notify_one();
+        }
+        for (size_t i = 0; i < count && !stop; ++i)
+            titleIDs[i] = m_title.addDocument(url(i), snippets[qsizetype(i)].title);
+    }));
+    helper->setObjectName(QStringLiteral("Zandrio CoreSearch Titles"));
+    helper->start();
+    for (size_t i = 0; i < count; ++i) {
+        if ((i % 256 == 0 && superseded()) || stop) {
+            stop = true;
+            break;
+        }
+        for (size_t ready = folded.load(std::memory_order_acquire); ready <= i;
+             ready = folded.load(std::memory_order_acquire))
+            folded.wait(ready, std::memory_order_acquire);
+        fullTextIDs[i] = m_fullText.addFoldedDocument(url(i), texts[i]);
+        texts[i] = ZDFoldedText(); // the index holds it now
+    }
+    helper->wait();
+    if (stop)
+        return 0;
+
+    std::lock_guard lock(m_mutex);
+    ++m_revision;
+    qsizetype refused = 0;
+    for (size_t i = 0; i < count; ++i) {
+        const ZDIndexedSnippet &snippet = snippets[qsizetype(i)];
+        if (titleIDs[i] == 0 || fullTextIDs[i] == 0) {
+            ++refused;
+            continue;
+        }
+        auto entry = std::make_shared<Entry>();
+        entry->indexed = snippet;
+        entry->titleID = titleIDs[i];
+        entry->fullTextID = fullTextIDs[i];
+        if (const std::shared_ptr<Entry> previous = m_byUUID.value(snippet.UUID))
+            m_byObject.remove(previous->indexed.snippet.get());
+        m_byUUID.insert(snippet.UUID, entry);
+        m_byObject.insert(snippet.snippet.get(), entry.get());
+    }
+    return refused;
+}
+
 void ZDSnippetIndexes::remove(const QString &UUID)
 {
     std::lock_guard lock(m_mutex);
@@ -37,8 +98,8 @@ void ZDSnippetIndexes::remove(const QString &UUID)
         return;
     ++m_revision;
     const QString url = ZDIndexedSnippet::documentURL(UUID);
-    m_title.removeDocument(url, previous->indexed.title);
-    m_fullText.removeDocument(url, previous->indexed.stringRepresentation());
+    m_title.removeDocument(url);
+    m_fullText.removeDocument(url);
     m_byObject.remove(previous->indexed.snippet.get());
 }
 
@@ -75,14 +136,7 @@ void ZDSnippetIndexes::compact(ZDFullTextIndex &index, qint64 Entry::*id)
     if (!index.isValid() || index.maximumDocumentID() - index.documentCount() < compactionThreshold)
         return;
     ++m_revision;
-    const bool title = &index == &m_title;
-    const qsizetype prefix = ZDIndexedSnippet::documentURL(QString()).size();
-    index.compact([&](const QString &url) {
-        const std::shared_ptr<Entry> entry = m_byUUID.value(url.mid(prefix));
-        if (!entry)
-            return QString();
-        return title ? entry->indexed.title : entry->indexed.stringRepresentation();
-    });
+    index.compact();
     for (const std::shared_ptr<Entry> &entry : std::as_const(m_byUUID))
         entry.get()->*id = index.documentID(ZDIndexedSnippet::documentURL(entry->indexed.UUID));
 }

@@ -6,6 +6,7 @@
 #include <QHash>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -37,6 +38,11 @@ public:
 
     /// Adds the snippet's documents, replacing any it had; false when an index refused them.
     bool put(const ZDIndexedSnippet &snippet);
+    /// Fills indexes that are still empty with `snippets`, as `put` for each would: the title
+    /// index and the folding of the full texts on a thread of their own, the full-text index on
+    /// the caller's. Stops early, leaving the indexes half built, once `superseded` says so.
+    /// Returns how many snippets an index refused.
+    qsizetype build(const QList<ZDIndexedSnippet> &snippets, const std::function<bool()> &superseded);
     /// Removes the snippet's documents; harmless when it has none.
     void remove(const QString &UUID);
     /// Keeps the snippet's documents but no longer vouches for them: searches test it directly
