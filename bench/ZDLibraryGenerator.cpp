@@ -86,7 +86,8 @@ QString ZDLibraryGenerator::code(const QString &language)
 {
     const QString fn = identifierWord();
     const QString arg = pick(kNouns);
-    const int lines = between(1, 12);
+    // About 1.5 KB of text per snippet, as in a library of real snippets.
+    const int lines = between(9, 30);
     QStringList body;
     for (int i = 0; i < lines; ++i)
         body << QStringLiteral("%1 = %2(%3, %4)").arg(pick(kNouns), identifierWord(), arg).arg(between(0, 999));
