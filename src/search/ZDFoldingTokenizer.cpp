@@ -2,7 +2,7 @@
 
 #include "ZDSearchFolding.h"
 
-#include <sqlite3.h>
+#include "ZDFts5Api.h"
 
 #include <cstring>
 
@@ -163,25 +163,13 @@ int tokenizeText(void *context, bool fold, const char *text, int length, TokenCa
     });
 }
 
-fts5_api *fts5Api(sqlite3 *db)
-{
-    fts5_api *api = nullptr;
-    sqlite3_stmt *statement = nullptr;
-    if (sqlite3_prepare_v2(db, "SELECT fts5(?1)", -1, &statement, nullptr) != SQLITE_OK)
-        return nullptr;
-    sqlite3_bind_pointer(statement, 1, &api, "fts5_api_ptr", nullptr);
-    sqlite3_step(statement);
-    sqlite3_finalize(statement);
-    return api;
-}
-
 } // namespace
 
 namespace ZDFoldingTokenizer {
 
 bool registerWith(sqlite3 *db, TermObserver observer, void *context, bool documentsAreFolded)
 {
-    fts5_api *api = fts5Api(db);
+    fts5_api *api = zdFts5Api(db);
     if (!api || api->iVersion < 2)
         return false;
     static fts5_tokenizer tokenizer = {createTokenizer, deleteTokenizer, tokenize};

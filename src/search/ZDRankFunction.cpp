@@ -1,6 +1,6 @@
 #include "ZDRankFunction.h"
 
-#include <sqlite3.h>
+#include "ZDFts5Api.h"
 
 #include <cmath>
 #include <vector>
@@ -103,25 +103,13 @@ void rank(const Fts5ExtensionApi *api, Fts5Context *fts, sqlite3_context *result
     sqlite3_result_double(result, -1.0 * score);
 }
 
-fts5_api *fts5Api(sqlite3 *db)
-{
-    fts5_api *api = nullptr;
-    sqlite3_stmt *statement = nullptr;
-    if (sqlite3_prepare_v2(db, "SELECT fts5(?1)", -1, &statement, nullptr) != SQLITE_OK)
-        return nullptr;
-    sqlite3_bind_pointer(statement, 1, &api, "fts5_api_ptr", nullptr);
-    sqlite3_step(statement);
-    sqlite3_finalize(statement);
-    return api;
-}
-
 } // namespace
 
 namespace ZDRankFunction {
 
 bool registerWith(sqlite3 *db)
 {
-    fts5_api *api = fts5Api(db);
+    fts5_api *api = zdFts5Api(db);
     return api && api->xCreateFunction(api, "zdrank", nullptr, rank, nullptr) == SQLITE_OK;
 }
 
