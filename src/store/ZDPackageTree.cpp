@@ -44,6 +44,9 @@ struct ZDPackageNode
     /// Children that are changed or hold changes, so that a write and the clearing of marks
     /// visit only them and not every file of a large directory.
     QSet<QString> dirtyChildren;
+    /// Temporary files of an interrupted write found on disk when the directory was read; the
+    /// next write that passes through the directory removes them.
+    QStringList staleTemporaries;
 
     std::unique_ptr<ZDPackageNode> clone() const
     {
@@ -56,6 +59,7 @@ struct ZDPackageNode
         copy->identity = identity;
         copy->removed = removed;
         copy->dirtyChildren = dirtyChildren;
+        copy->staleTemporaries = staleTemporaries;
         for (const auto &[name, child] : children)
             copy->children.emplace(name, child->clone());
         return copy;
@@ -228,7 +232,12 @@ bool writeDirectory(ZDPackageNode &node, const QString &path, bool full, bool is
             if (node.children.count(name) == 0 && !removeStale(name))
                 return false;
         }
+        for (const QString &name : std::as_const(node.staleTemporaries)) {
+            if (!removeStale(name))
+                return false;
+        }
     }
+    node.staleTemporaries.clear();
 
     ZDPackageNode *identifier = nullptr;
     const auto writeChild = [&](const QString &name, ZDPackageNode *child) {
@@ -400,9 +409,12 @@ bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDEr
             break;
         }
         const char *rawName = entry->d_name;
-        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0 ||
-            std::strncmp(rawName, kTemporaryPrefixBytes, sizeof(kTemporaryPrefixBytes) - 1) == 0)
+        if (std::strcmp(rawName, ".") == 0 || std::strcmp(rawName, "..") == 0)
             continue;
+        if (std::strncmp(rawName, kTemporaryPrefixBytes, sizeof(kTemporaryPrefixBytes) - 1) == 0) {
+            node.staleTemporaries.append(QFile::decodeName(rawName));
+            continue;
+        }
         entries.push_back({QByteArray(rawName), entry->d_type, 0});
     }
     if (ok)

@@ -152,6 +152,10 @@ TEST(PackageTree, ReadingSkipsLeftoversOfAnInterruptedWriteAndFailsOnNonDirector
     ZDPackageTree read;
     ASSERT_TRUE(ZDPackageTree::read(package, &read));
     EXPECT_EQ(describe(read), describe(tree));
+    // The next write that passes through that directory clears the leftover away.
+    read.setFile(QStringLiteral("Database/Snippets/A.data"), "edited");
+    ASSERT_TRUE(read.write(package));
+    EXPECT_FALSE(leftover.exists());
 
     ZDError error;
     EXPECT_FALSE(ZDPackageTree::read(package + QStringLiteral("/version.plist"), &read, &error));
