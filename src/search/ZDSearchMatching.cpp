@@ -1,6 +1,7 @@
 // Keyword matching and ranking of ZDSearchEngine.
 
 #include "ZDAnalytics.h"
+#include "ZDByteSearch.h"
 #include "ZDFoldingTokenizer.h"
 #include "ZDSearchEngine.h"
 #include "ZDSearchFolding.h"
@@ -49,26 +50,21 @@ ZDTermPlacement placementOf(const Run &run)
     return ZDTermPlacement::Anywhere;
 }
 
-/// A folded word (UTF-8) searched for in folded texts; Boyer-Moore-Horspool skips most bytes
-/// of a text for any but the shortest words.
+/// A folded word (UTF-8) searched for in folded texts.
 struct ByteNeedle
 {
     explicit ByteNeedle(const QString &folded)
-        : word(folded.toUtf8()), searcher(word.constData(), word.constData() + word.size())
+        : word(folded.toUtf8())
     {
     }
-    ByteNeedle(const ByteNeedle &) = delete; // the searcher points into `word`
 
     bool isFoundIn(const QByteArray &text) const
     {
-        if (word.size() <= 1)
-            return word.isEmpty() || std::memchr(text.constData(), word[0], size_t(text.size())) != nullptr;
-        const char *end = text.constData() + text.size();
-        return std::search(text.constData(), end, searcher) != end;
+        return ZDByteSearch::contains(text.constData(), size_t(text.size()), word.constData(),
+                                      size_t(word.size()));
     }
 
     const QByteArray word;
-    const std::boyer_moore_horspool_searcher<const char *> searcher;
 };
 
 /// One required word and what the index says of it.
