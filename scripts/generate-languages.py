@@ -44,6 +44,13 @@ UTIS = {
 
 DISPLAY_NAMES = {"TextLexer": "Plain Text"}
 
+# Rows whose Pygments data we replace. The RPM build-recipe lexer's file extension is shared with
+# PyInstaller's build files, which are Python, so no extension makes a guess of RPM; the lexer goes
+# by the name of RPM's own query tool, and Pygments' unregistered MIME type is left out.
+REPLACED = {
+    "RPMSpecLexer": {"aliases": ["rpmspec"], "mimeTypes": [], "fileExtensions": []},
+}
+
 
 def expand(pattern):
     """Expands the character classes of a file-name glob: "*.[ch]pp" gives "*.cpp", "*.hpp"."""
@@ -77,6 +84,7 @@ def main():
             "UTIStrings": UTIS.get(class_name, []),
             "fileExtensions": extensions(filenames),
         })
+        rows[-1].update(REPLACED.get(class_name, {}))
     rows.sort(key=lambda row: row["displayName"].lower())
     here = os.path.dirname(os.path.abspath(__file__))
     out = os.path.join(here, "..", "resources", "Languages.json")
