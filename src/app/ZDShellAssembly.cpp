@@ -2,7 +2,6 @@
 
 #include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
-#include "ZDWriteTimer.h"
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDPreferencesWindow.h"

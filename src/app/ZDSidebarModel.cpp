@@ -14,10 +14,6 @@
 #include <algorithm>
 
 namespace {
-const QString kFavouritesUUID = QStringLiteral("com.varnok.Zandrio.UUID.Group.Favourites");
-const QString kFoldersUUID = QStringLiteral("com.varnok.Zandrio.UUID.Group.Folders");
-const QString kSmartGroupsUUID = QStringLiteral("com.varnok.Zandrio.UUID.Group.SmartGroups");
-
 // All Snippets and Uncategorized come first in the Folders group.
 constexpr int kFixedFolderRows = 2;
 
@@ -248,7 +244,7 @@ Qt::ItemFlags ZDSidebarModel::flags(const QModelIndex &index) const
     if (!node)
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled;
-    const bool isDropGroup = node->isGroup() && node->UUID() != QStringLiteral("com.varnok.Zandrio.UUID.Group.Tags");
+    const bool isDropGroup = node->isGroup() && node->UUID() != QLatin1String(ZDGroupUUID::Tags);
     if (!node->isGroup())
         flags |= Qt::ItemIsSelectable;
     if (node->isRenamable())
@@ -364,7 +360,7 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
     ZDSidebarDrop drop;
     drop.nodes = nodes;
     if (kind == ZDCategoryNode::Folder) {
-        if (target->isGroup(kFavouritesUUID)) {
+        if (target->isGroup(QLatin1String(ZDGroupUUID::Favourites))) {
             // A folder that already has a shortcut gets no second one.
             drop.nodes.clear();
             for (const ZDCategoryNodePtr &folder : nodes) {
@@ -380,7 +376,7 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
             return drop;
         }
         const ZDCategoryNodePtr &parentNode = target->node;
-        if (target->isGroup(kFoldersUUID)) {
+        if (target->isGroup(QLatin1String(ZDGroupUUID::Folders))) {
             drop.target = nullptr;
             drop.index = positionAmong(kFixedFolderRows);
         } else if (parentNode->isFolder()) {
@@ -398,12 +394,12 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
         drop.operation = ZDSidebarDrop::MoveFolders;
         return drop;
     }
-    if (kind == ZDCategoryNode::Shortcut && target->isGroup(kFavouritesUUID)) {
+    if (kind == ZDCategoryNode::Shortcut && target->isGroup(QLatin1String(ZDGroupUUID::Favourites))) {
         drop.operation = ZDSidebarDrop::ReorderShortcuts;
         drop.index = positionAmong(0);
         return drop;
     }
-    if (kind == ZDCategoryNode::SmartGroup && target->isGroup(kSmartGroupsUUID) && !m_sorts) {
+    if (kind == ZDCategoryNode::SmartGroup && target->isGroup(QLatin1String(ZDGroupUUID::SmartGroups)) && !m_sorts) {
         drop.operation = ZDSidebarDrop::ReorderSmartGroups;
         drop.index = positionAmong(0);
         return drop;

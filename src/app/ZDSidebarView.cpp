@@ -4,7 +4,6 @@
 #include "ZDEditorTheme.h"
 #include "ZDSidebarModel.h"
 
-#include <QHeaderView>
 #include <QPainter>
 #include <QStyledItemDelegate>
 

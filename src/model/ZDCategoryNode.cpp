@@ -43,22 +43,22 @@ ZDCategoryNodePtr ZDCategoryNode::create(const QString &title, const QString &UU
 
 ZDCategoryNodePtr ZDCategoryNode::favouritesGroupNode()
 {
-    return create(tr("Favorites"), QStringLiteral("com.varnok.Zandrio.UUID.Group.Favourites"), Group);
+    return create(tr("Favorites"), QLatin1String(ZDGroupUUID::Favourites), Group);
 }
 
 ZDCategoryNodePtr ZDCategoryNode::foldersGroupNode()
 {
-    return create(tr("Folders"), QStringLiteral("com.varnok.Zandrio.UUID.Group.Folders"), Group);
+    return create(tr("Folders"), QLatin1String(ZDGroupUUID::Folders), Group);
 }
 
 ZDCategoryNodePtr ZDCategoryNode::tagsGroupNode()
 {
-    return create(tr("Tags"), QStringLiteral("com.varnok.Zandrio.UUID.Group.Tags"), Group);
+    return create(tr("Tags"), QLatin1String(ZDGroupUUID::Tags), Group);
 }
 
 ZDCategoryNodePtr ZDCategoryNode::smartFoldersGroupNode()
 {
-    return create(tr("Smart Groups"), QStringLiteral("com.varnok.Zandrio.UUID.Group.SmartGroups"), Group);
+    return create(tr("Smart Groups"), QLatin1String(ZDGroupUUID::SmartGroups), Group);
 }
 
 ZDCategoryNodePtr ZDCategoryNode::allSnippetsNode()

@@ -19,6 +19,14 @@ inline constexpr char DefaultLanguageIdentifier[] = "com.varnok.Zandrio.Key.Node
 inline constexpr char Children[] = "com.varnok.Zandrio.Key.NodeChildren";
 } // namespace ZDCategoryNodeKey
 
+/// Identities of the four sidebar groups.
+namespace ZDGroupUUID {
+inline constexpr char Favourites[] = "com.varnok.Zandrio.UUID.Group.Favourites";
+inline constexpr char Folders[] = "com.varnok.Zandrio.UUID.Group.Folders";
+inline constexpr char Tags[] = "com.varnok.Zandrio.UUID.Group.Tags";
+inline constexpr char SmartGroups[] = "com.varnok.Zandrio.UUID.Group.SmartGroups";
+} // namespace ZDGroupUUID
+
 /// One node of the sidebar tree: a group header, a predefined collection, a folder (with
 /// children), a shortcut to a folder, a tag or a smart group. Equal when their UUIDs are.
 /// Children are owned by their parent; the parent is held weakly.
