@@ -11,7 +11,6 @@
 #include "ZDSnippetJson.h"
 #include "ZDTag.h"
 #include "ZDUserDefaults.h"
-#include "ZDWriteTimer.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

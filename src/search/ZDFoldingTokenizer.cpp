@@ -12,7 +12,6 @@ struct Observer
 {
     ZDFoldingTokenizer::TermObserver observer = nullptr;
     void *context = nullptr;
-    bool documentsAreFolded = false;
 };
 
 struct Tokenizer
@@ -124,7 +123,7 @@ int observeAndEmit(void *context, int flags, const char *term, int length, int s
     return observing->emit(observing->context, flags, term, length, start, end);
 }
 
-int tokenizeText(void *context, bool fold, const char *text, int length, TokenCallback emit);
+int tokenizeText(void *context, const char *text, int length, TokenCallback emit);
 
 int tokenize(Fts5Tokenizer *tokenizer, void *context, int flags, const char *text, int length,
              TokenCallback emit)
@@ -133,15 +132,14 @@ int tokenize(Fts5Tokenizer *tokenizer, void *context, int flags, const char *tex
         return SQLITE_OK;
     const Observer &observer = reinterpret_cast<Tokenizer *>(tokenizer)->observer;
     const bool document = (flags & FTS5_TOKENIZE_DOCUMENT) != 0;
-    const bool fold = document && !observer.documentsAreFolded;
     if (document && observer.observer) {
         ObservingContext observing{context, emit, observer};
-        return tokenizeText(&observing, fold, text, length, observeAndEmit);
+        return tokenizeText(&observing, text, length, observeAndEmit);
     }
-    return tokenizeText(context, fold, text, length, emit);
+    return tokenizeText(context, text, length, emit);
 }
 
-int tokenizeText(void *context, bool fold, const char *text, int length, TokenCallback emit)
+int tokenizeText(void *context, const char *text, int length, TokenCallback emit)
 {
     bool ascii = true;
     for (int i = 0; i < length; ++i) {
@@ -154,9 +152,7 @@ int tokenizeText(void *context, bool fold, const char *text, int length, TokenCa
         return tokenizeAscii(context, text, length, emit);
 
     // Offsets are reported in the folded text; nothing of ours reads them back.
-    const QString decoded = QString::fromUtf8(text, length);
-    const QString folded = fold ? ZDSearchFolding::folded(decoded) : decoded;
-    return forEachTerm(folded, [&](QStringView term, qsizetype start, qsizetype end) {
+    return forEachTerm(QString::fromUtf8(text, length), [&](QStringView term, qsizetype start, qsizetype end) {
         const QByteArray utf8 = term.toUtf8();
         return emit(context, 0, utf8.constData(), int(utf8.size()), int(qMin<qsizetype>(start, length)),
                     int(qMin<qsizetype>(end, length)));
@@ -167,13 +163,13 @@ int tokenizeText(void *context, bool fold, const char *text, int length, TokenCa
 
 namespace ZDFoldingTokenizer {
 
-bool registerWith(sqlite3 *db, TermObserver observer, void *context, bool documentsAreFolded)
+bool registerWith(sqlite3 *db, TermObserver observer, void *context)
 {
     fts5_api *api = zdFts5Api(db);
     if (!api || api->iVersion < 2)
         return false;
     static fts5_tokenizer tokenizer = {createTokenizer, deleteTokenizer, tokenize};
-    auto *userData = new Observer{observer, context, documentsAreFolded};
+    auto *userData = new Observer{observer, context};
     return api->xCreateTokenizer(api, name, userData, &tokenizer, deleteObserver) == SQLITE_OK;
 }
 

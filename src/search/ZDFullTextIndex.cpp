@@ -52,7 +52,7 @@ ZDFullTextIndex::ZDFullTextIndex(const QString &name)
         m_db = nullptr;
         return;
     }
-    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this, true) && ZDRankFunction::registerWith(m_db) &&
+    const bool ok = ZDFoldingTokenizer::registerWith(m_db, observeTerm, this) && ZDRankFunction::registerWith(m_db) &&
                     exec("PRAGMA journal_mode=OFF") && exec("PRAGMA synchronous=OFF") &&
                     exec(QByteArray("CREATE VIRTUAL TABLE " + m_table +
                                     " USING fts5(body, content='', detail=full, tokenize='zdfold')")

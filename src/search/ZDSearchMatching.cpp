@@ -10,8 +10,6 @@
 #include "ZDTextFolding.h"
 
 #include <algorithm>
-#include <cstring>
-#include <functional>
 
 namespace {
 
