@@ -330,8 +330,6 @@ bool readFileAt(int directoryFd, const char *name, const QString &path, QByteArr
     return true;
 }
 
-// Reads a directory with the system calls themselves: libraries hold one file per snippet, and
-// per-file overhead is most of the load time.
 // Inode numbers are reused as soon as a file is freed, so a replaced file can come back with the
 // inode of an older version of itself: the identity also takes the size and both times (the
 // change time moves on every rename and write).
@@ -392,6 +390,8 @@ void statEntries(int directoryFd, std::vector<DirectoryEntry> &entries)
         helper.join();
 }
 
+// Reads a directory with the system calls themselves: libraries hold one file per snippet, and
+// per-file overhead is most of the load time.
 bool readDirectory(const QString &path, ZDPackageNode &node, bool onDemand, ZDError *error)
 {
     DIR *directory = ::opendir(QFile::encodeName(path).constData());
@@ -592,8 +592,11 @@ QByteArray ZDPackageTree::readFileContents(const QString &path) const
     const ZDPackageNode *node = findNode(m_root.get(), path);
     if (!node || node->directory)
         return {};
-    if (node->loaded)
-        return node->contents;
+    return node->loaded ? node->contents : readFromPackage(path);
+}
+
+QByteArray ZDPackageTree::readFromPackage(const QString &path) const
+{
     const QString filePath = m_origin + QLatin1Char('/') + path;
     QByteArray contents;
     ZDError error;
@@ -608,11 +611,7 @@ void ZDPackageTree::loadContents(const ZDPackageNode &node, const QString &path)
     if (node.loaded)
         return;
     node.loaded = true;
-    const QString filePath = m_origin + QLatin1Char('/') + path;
-    ZDError error;
-    if (!readFileAt(AT_FDCWD, QFile::encodeName(filePath).constData(), filePath, &node.contents, &error))
-        zdLog(ZDLogLevel::Warning, ZDLogDomain::Library,
-              QStringLiteral("Cannot read %1 from the library package: %2").arg(path, error.toString()));
+    node.contents = readFromPackage(path);
 }
 
 void ZDPackageTree::loadAllContents() const

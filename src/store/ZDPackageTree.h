@@ -106,6 +106,7 @@ public:
     static QString temporaryFilePrefix();
 
 private:
+    QByteArray readFromPackage(const QString &path) const;
     void loadContents(const ZDPackageNode &node, const QString &path) const;
     void loadAllContents() const;
 
