@@ -1,7 +1,7 @@
 #include "ZDAppServices.h"
 
+#include "ZDDesktopIntegration.h"
 #include "ZDError.h"
-#include "ZDResources.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -84,9 +84,7 @@ void applyDesktopColorScheme()
     const QString gtkTheme = qEnvironmentVariable("GTK_THEME");
     const int scheme = portalColorScheme();
     const bool wantsDark = scheme == 1 || (scheme <= 0 && gtkTheme.endsWith(QStringLiteral(":dark")));
-    const QPalette current = QApplication::palette();
-    const bool isDark = current.color(QPalette::Window).lightness() < current.color(QPalette::WindowText).lightness();
-    if (!wantsDark || isDark)
+    if (!wantsDark || ZDDesktopIntegration::isDarkPalette())
         return;
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QPalette dark;

@@ -77,7 +77,7 @@ int zdApplicationMain(int argc, char *argv[], const ZDApplicationHooks &hooks)
     zdReportEvent(QStringLiteral("Launch"), {});
 
     ZDMulticastDelegateHandler &notifier = ZDMulticastDelegateHandler::globalHandler();
-    ZDMainWindow window(defaults, nullptr, notifier);
+    ZDMainWindow window(defaults, notifier);
     ZDShellAssembly assembly(window, defaults, notifier);
     QObject::connect(&instance, &ZDSingleInstance::argumentsReceived, &window, [&](const QStringList &arguments) {
         window.showNormal();

@@ -29,10 +29,11 @@ QList<ZDLanguage> ZDLanguageChooser::offeredLanguages(ZDLanguageRegistry &regist
                                                       int *activeCount)
 {
     const QStringList active = registry.activeLanguageIdentifiers();
+    const QString trimmed = filter.trimmed();
     QList<ZDLanguage> first;
     QList<ZDLanguage> rest;
     for (const ZDLanguage &language : registry.availableLanguages()) {
-        if (!matches(language, filter.trimmed()))
+        if (!matches(language, trimmed))
             continue;
         (active.contains(language.identifier()) ? first : rest).append(language);
     }

@@ -36,6 +36,16 @@ QSet<QString> folderUUIDsWithin(const QList<ZDCategoryNodePtr> &folders)
     return UUIDs;
 }
 
+ZDSnippetList snippetsFiledIn(const ZDSnippetList &snippets, const QSet<QString> &folderUUIDs)
+{
+    ZDSnippetList filed;
+    for (const ZDSnippetPtr &snippet : snippets) {
+        if (folderUUIDs.contains(snippet->folderUUID()))
+            filed << snippet;
+    }
+    return filed;
+}
+
 ZDSnippetPtr copyWithNewIdentity(const ZDSnippet &snippet, const QString &folderUUID, const QStringList &tagUUIDs)
 {
     const QString UUID = zdNewUUIDString();
@@ -146,13 +156,7 @@ void ZDLibraryActions::renameNode(const ZDCategoryNodePtr &node, const QString &
 
 ZDSnippetList ZDLibraryActions::snippetsInFolders(const QList<ZDCategoryNodePtr> &folders) const
 {
-    const QSet<QString> UUIDs = folderUUIDsWithin(folders);
-    ZDSnippetList snippets;
-    for (const ZDSnippetPtr &snippet : m_center.snippets()) {
-        if (UUIDs.contains(snippet->folderUUID()))
-            snippets << snippet;
-    }
-    return snippets;
+    return snippetsFiledIn(m_center.snippets(), folderUUIDsWithin(folders));
 }
 
 void ZDLibraryActions::deleteNodes(const QList<ZDCategoryNodePtr> &nodes)
@@ -171,7 +175,7 @@ void ZDLibraryActions::deleteNodes(const QList<ZDCategoryNodePtr> &nodes)
 
     if (!folders.isEmpty()) {
         const QSet<QString> removed = folderUUIDsWithin(folders);
-        const ZDSnippetList snippets = snippetsInFolders(folders);
+        const ZDSnippetList snippets = snippetsFiledIn(m_center.snippets(), removed);
         QList<ZDCategoryNodePtr> roots = m_center.rootFolderNodes();
         for (const ZDCategoryNodePtr &folder : folders)
             detach(folder, roots);

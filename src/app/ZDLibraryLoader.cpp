@@ -1,7 +1,6 @@
 #include "ZDLibraryLoader.h"
 
 #include "ZDDataCenter.h"
-#include "ZDWriteTimer.h"
 #include "ZDHighlighter.h"
 
 #include <QCoreApplication>

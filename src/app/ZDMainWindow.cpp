@@ -38,9 +38,8 @@ QSettings windowSettings()
 }
 } // namespace
 
-ZDMainWindow::ZDMainWindow(ZDUserDefaults &defaults, ZDHighlighter *highlighter,
-                           ZDMulticastDelegateHandler &notifier, QWidget *parent)
-    : QMainWindow(parent), m_defaults(defaults), m_highlighter(highlighter), m_notifier(notifier)
+ZDMainWindow::ZDMainWindow(ZDUserDefaults &defaults, ZDMulticastDelegateHandler &notifier, QWidget *parent)
+    : QMainWindow(parent), m_defaults(defaults), m_notifier(notifier)
 {
     setWindowTitle(QStringLiteral("Zandrio"));
     setObjectName(QStringLiteral("mainWindow"));

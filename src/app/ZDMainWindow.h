@@ -4,8 +4,8 @@
 #include "ZDRecordTypes.h"
 
 #include <QMainWindow>
-#include <QPointer>
 
+#include <functional>
 #include <memory>
 
 class QLabel;
@@ -14,7 +14,6 @@ class QStackedWidget;
 class QTimer;
 class ZDCoreIndex;
 class ZDDataCenter;
-class ZDHighlighter;
 class ZDLibraryActions;
 class ZDMulticastDelegateHandler;
 class ZDSidebarModel;
@@ -33,8 +32,7 @@ class ZDMainWindow : public QMainWindow, public ZDLibraryListener
 {
     Q_OBJECT
 public:
-    ZDMainWindow(ZDUserDefaults &defaults, ZDHighlighter *highlighter,
-                 ZDMulticastDelegateHandler &notifier, QWidget *parent = nullptr);
+    ZDMainWindow(ZDUserDefaults &defaults, ZDMulticastDelegateHandler &notifier, QWidget *parent = nullptr);
     ~ZDMainWindow() override;
 
     /// Shows `message` where the list goes, while the library loads or when it failed.
@@ -99,7 +97,6 @@ private:
     void applyTheme();
     void restoreWindowState();
     void saveWindowState();
-    void setSortDescriptor(int method, int order);
 
     void scheduleReload(bool sidebarToo);
     void reloadSidebar();
@@ -119,7 +116,6 @@ private:
     bool confirm(const QString &text, const QString &informative, const QString &button);
 
     ZDUserDefaults &m_defaults;
-    ZDHighlighter *m_highlighter;
     ZDMulticastDelegateHandler &m_notifier;
     ZDDataCenter *m_center = nullptr;
     std::unique_ptr<ZDLibraryActions> m_actions;

@@ -81,8 +81,9 @@ void ZDMainWindow::reloadSidebar()
     recount();
     QList<ZDCategoryNodePtr> tags = m_center->tagNodes();
     const QCollator collator = ZDSnippetCollection::titleCollator();
+    const bool byCount = m_defaults.tagsSortMethod() == SortBySnippetsCount;
     std::stable_sort(tags.begin(), tags.end(), [&](const ZDCategoryNodePtr &a, const ZDCategoryNodePtr &b) {
-        if (m_defaults.tagsSortMethod() == SortBySnippetsCount && m_tagCounts.value(a->UUID()) != m_tagCounts.value(b->UUID()))
+        if (byCount && m_tagCounts.value(a->UUID()) != m_tagCounts.value(b->UUID()))
             return m_tagCounts.value(a->UUID()) > m_tagCounts.value(b->UUID());
         return collator.compare(a->title(), b->title()) < 0;
     });

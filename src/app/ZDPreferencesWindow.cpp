@@ -40,6 +40,21 @@ QString libraryLocation(ZDUserDefaults *defaults)
         .filePath(QStringLiteral("main.zandriolibrary"));
 }
 
+/// A check box's object name, title, and its preference's getter and setter.
+using CheckBoxRow = std::tuple<QString, QString, std::function<bool()>, std::function<void(bool)>>;
+
+QList<QCheckBox *> boundCheckBoxes(const QList<CheckBoxRow> &rows, Refreshers &refreshers, QWidget *parent)
+{
+    QList<QCheckBox *> boxes;
+    for (const auto &[name, title, get, set] : rows) {
+        auto *box = new QCheckBox(title, parent);
+        box->setObjectName(name);
+        bindControl(box, refreshers, get, set);
+        boxes << box;
+    }
+    return boxes;
+}
+
 QLabel *noteLabel(const QString &text, QWidget *parent)
 {
     auto *label = new QLabel(text, parent);
@@ -322,7 +337,7 @@ QWidget *ZDPreferencesWindow::createEditorPane()
     form->addRow(tr("Wrapping:"), wrapRow);
     layout->addLayout(form);
 
-    const QList<std::tuple<QString, QString, std::function<bool()>, std::function<void(bool)>>> checks{
+    const QList<CheckBoxRow> checks{
         {QStringLiteral("invisiblesBox"), tr("Show invisible characters"),
          [d] { return d->showInvisibles(); }, [d](bool v) { d->setShowInvisibles(v); }},
         {QStringLiteral("autoIndentBox"), tr("Indent new lines like the line before"),
@@ -334,12 +349,8 @@ QWidget *ZDPreferencesWindow::createEditorPane()
         {QStringLiteral("linkDetectionBox"), tr("Detect web and mail addresses as links"),
          [d] { return d->automaticLinkDetection(); }, [d](bool v) { d->setAutomaticLinkDetection(v); }},
     };
-    for (const auto &[name, title, get, set] : checks) {
-        auto *box = new QCheckBox(title, pane);
-        box->setObjectName(name);
-        bindControl(box, m_refreshers, get, set);
+    for (QCheckBox *box : boundCheckBoxes(checks, m_refreshers, pane))
         layout->addWidget(box);
-    }
     return pane;
 }
 
@@ -358,7 +369,7 @@ QWidget *ZDPreferencesWindow::createSearchPane()
         scope, m_refreshers, [d] { return QVariant(d->searchScopeTitleOnly()); },
         [d](const QVariant &v) { d->setSearchScopeTitleOnly(v.toBool()); });
     layout->addRow(tr("Search in:"), scope);
-    const QList<std::tuple<QString, QString, std::function<bool()>, std::function<void(bool)>>> checks{
+    const QList<CheckBoxRow> checks{
         {QStringLiteral("fuzzyBox"), tr("Match words approximately (fuzzy search)"),
          [d] { return d->searchUsesFuzzy(); }, [d](bool v) { d->setSearchUsesFuzzy(v); }},
         {QStringLiteral("ignoreCaseBox"), tr("Ignore case"), [d] { return d->searchIngoresCase(); },
@@ -366,12 +377,8 @@ QWidget *ZDPreferencesWindow::createSearchPane()
         {QStringLiteral("relevanceBox"), tr("Arrange results by relevance"),
          [d] { return d->searchArrangeByRelevance(); }, [d](bool v) { d->setSearchArrangeByRelevance(v); }},
     };
-    for (const auto &[name, title, get, set] : checks) {
-        auto *box = new QCheckBox(title, pane);
-        box->setObjectName(name);
-        bindControl(box, m_refreshers, get, set);
+    for (QCheckBox *box : boundCheckBoxes(checks, m_refreshers, pane))
         layout->addRow(box);
-    }
     layout->addRow(
         noteLabel(tr("Results of a search replace the snippet list; arranged by relevance, the best "
                      "matches come first, otherwise the list keeps its sort order."),
