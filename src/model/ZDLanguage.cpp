@@ -2,8 +2,13 @@
 
 ZDLanguage::ZDLanguage(QString identifier, QString displayName, QStringList aliases, QStringList mimeTypes,
                        QStringList UTIStrings, QStringList fileExtensions)
-    : m_identifier(std::move(identifier)), m_displayName(std::move(displayName)), m_aliases(std::move(aliases)),
-      m_mimeTypes(std::move(mimeTypes)), m_UTIStrings(std::move(UTIStrings)),
-      m_fileExtensions(std::move(fileExtensions))
 {
+    auto data = new Data;
+    data->identifier = std::move(identifier);
+    data->displayName = std::move(displayName);
+    data->aliases = std::move(aliases);
+    data->mimeTypes = std::move(mimeTypes);
+    data->UTIStrings = std::move(UTIStrings);
+    data->fileExtensions = std::move(fileExtensions);
+    d.reset(data);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMetaType>
+#include <QSharedData>
 #include <QString>
 #include <QStringList>
 
@@ -15,25 +16,30 @@ public:
     ZDLanguage(QString identifier, QString displayName, QStringList aliases, QStringList mimeTypes,
                QStringList UTIStrings, QStringList fileExtensions);
 
-    bool isValid() const { return !m_identifier.isEmpty(); }
-    QString identifier() const { return m_identifier; }
-    QString displayName() const { return m_displayName; }
-    QStringList aliases() const { return m_aliases; }
-    QStringList mimeTypes() const { return m_mimeTypes; }
-    QStringList UTIStrings() const { return m_UTIStrings; }
-    QStringList fileExtensions() const { return m_fileExtensions; }
-    bool isMarkdown() const { return m_identifier == QLatin1String("MarkdownLexer"); }
+    bool isValid() const { return d && !d->identifier.isEmpty(); }
+    QString identifier() const { return d ? d->identifier : QString(); }
+    QString displayName() const { return d ? d->displayName : QString(); }
+    QStringList aliases() const { return d ? d->aliases : QStringList(); }
+    QStringList mimeTypes() const { return d ? d->mimeTypes : QStringList(); }
+    QStringList UTIStrings() const { return d ? d->UTIStrings : QStringList(); }
+    QStringList fileExtensions() const { return d ? d->fileExtensions : QStringList(); }
+    bool isMarkdown() const { return d && d->identifier == QLatin1String("MarkdownLexer"); }
 
-    bool operator==(const ZDLanguage &other) const { return m_identifier == other.m_identifier; }
+    bool operator==(const ZDLanguage &other) const { return d == other.d || identifier() == other.identifier(); }
     bool operator!=(const ZDLanguage &other) const { return !(*this == other); }
 
 private:
-    QString m_identifier;
-    QString m_displayName;
-    QStringList m_aliases;
-    QStringList m_mimeTypes;
-    QStringList m_UTIStrings;
-    QStringList m_fileExtensions;
+    // Every part of a library holds its language, so copies share one descriptor.
+    struct Data : QSharedData
+    {
+        QString identifier;
+        QString displayName;
+        QStringList aliases;
+        QStringList mimeTypes;
+        QStringList UTIStrings;
+        QStringList fileExtensions;
+    };
+    QExplicitlySharedDataPointer<const Data> d;
 };
 
 Q_DECLARE_METATYPE(ZDLanguage)
