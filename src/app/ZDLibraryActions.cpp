@@ -51,8 +51,8 @@ ZDSnippetPtr copyWithNewIdentity(const ZDSnippet &snippet, const QString &folder
     const QString UUID = zdNewUUIDString();
     QList<ZDSnippetPartPtr> parts;
     for (const ZDSnippetPartPtr &part : snippet.parts()) {
-        parts << std::make_shared<ZDSnippetPart>(part->title(), zdNewUUIDString(), part->language(), part->note(),
-                                                 part->content(), part->dateCreated(), part->dateModified(), UUID);
+        parts << std::make_shared<ZDSnippetPart>(part->title(), zdNewUUIDString(), part->language(), part->noteText(),
+                                                 part->contentText(), part->dateCreated(), part->dateModified(), UUID);
     }
     const QDateTime now = ZDRecordDirectory::now();
     return std::make_shared<ZDSnippet>(snippet.title(), UUID, folderUUID, tagUUIDs, snippet.gistIdentifier(),

@@ -34,7 +34,7 @@ ZDSnippetPtr snapshotOf(const ZDSnippet &snippet)
     QList<ZDSnippetPartPtr> parts;
     for (const ZDSnippetPartPtr &part : snippet.parts())
         parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(),
-                                                     part->note(), part->content(), part->dateCreated(),
+                                                     part->noteText(), part->contentText(), part->dateCreated(),
                                                      part->dateModified(), part->snippetUUID()));
     return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(),
                                        snippet.tagUUIDs(), snippet.gistIdentifier(), snippet.githubUsername(),
@@ -487,7 +487,7 @@ void ZDSnippetEditorView::removeCurrentPart()
     const ZDSnippetPartPtr part = currentPart();
     if (!part || m_snippet->partsCount() < 2)
         return;
-    if (!part->content().isEmpty() || !part->note().isEmpty()) {
+    if (!part->contentText().isEmpty() || !part->noteText().isEmpty()) {
         QMessageBox box(QMessageBox::Warning, tr("Remove Fragment"),
                         tr("Remove the fragment “%1”?").arg(part->title()), QMessageBox::Cancel, this);
         box.setInformativeText(tr("Its text and notes are removed with it."));

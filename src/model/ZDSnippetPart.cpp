@@ -19,8 +19,6 @@ ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &snippetUUID)
     : m_title(title)
     , m_UUID(zdNewUUIDString())
     , m_language(plainText())
-    , m_note(QStringLiteral(""))
-    , m_content(QStringLiteral(""))
     , m_dateCreated(ZDRecordDirectory::now())
     , m_dateModified(ZDRecordDirectory::now())
     , m_snippetUUID(snippetUUID)
@@ -30,11 +28,19 @@ ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &snippetUUID)
 ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &UUID, const ZDLanguage &language,
                              const QString &note, const QString &content, const QDateTime &dateCreated,
                              const QDateTime &dateModified, const QString &snippetUUID)
+    : ZDSnippetPart(title, UUID, language, ZDSnippetText(note), ZDSnippetText(content), dateCreated, dateModified,
+                    snippetUUID)
+{
+}
+
+ZDSnippetPart::ZDSnippetPart(const QString &title, const QString &UUID, const ZDLanguage &language,
+                             ZDSnippetText note, ZDSnippetText content, const QDateTime &dateCreated,
+                             const QDateTime &dateModified, const QString &snippetUUID)
     : m_title(title)
     , m_UUID(UUID)
     , m_language(language.isValid() ? language : plainText())
-    , m_note(note.isNull() ? QStringLiteral("") : note)
-    , m_content(content.isNull() ? QStringLiteral("") : content)
+    , m_note(std::move(note))
+    , m_content(std::move(content))
     , m_dateCreated(dateCreated)
     , m_dateModified(dateModified)
     , m_snippetUUID(snippetUUID)
@@ -65,17 +71,17 @@ void ZDSnippetPart::setLanguage(const ZDLanguage &language)
 
 void ZDSnippetPart::setNote(const QString &note)
 {
-    if (note == m_note)
+    if (m_note == note)
         return;
-    m_note = note.isNull() ? QStringLiteral("") : note;
+    m_note = ZDSnippetText(note);
     touch();
 }
 
 void ZDSnippetPart::setContent(const QString &content)
 {
-    if (content == m_content)
+    if (m_content == content)
         return;
-    m_content = content.isNull() ? QStringLiteral("") : content;
+    m_content = ZDSnippetText(content);
     touch();
 }
 
@@ -87,7 +93,12 @@ bool ZDSnippetPart::isIdentical(const ZDSnippetPart *other) const
 
 QString ZDSnippetPart::stringRepresentation() const
 {
-    return m_note + QLatin1Char('\n') + m_content;
+    QString text;
+    text.reserve(m_note.size() + 1 + m_content.size());
+    m_note.appendTo(text);
+    text += QLatin1Char('\n');
+    m_content.appendTo(text);
+    return text;
 }
 
 QString ZDSnippetPart::fileBaseTitle(const ZDSnippet *snippet) const

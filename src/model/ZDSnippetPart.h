@@ -2,6 +2,7 @@
 
 #include "ZDLanguage.h"
 #include "ZDRecordTypes.h"
+#include "ZDSnippetText.h"
 
 #include <QDateTime>
 #include <QString>
@@ -17,6 +18,10 @@ public:
     ZDSnippetPart(const QString &title, const QString &UUID, const ZDLanguage &language,
                   const QString &note, const QString &content, const QDateTime &dateCreated,
                   const QDateTime &dateModified, const QString &snippetUUID);
+    /// The same with a note and content that may be read in place (see ZDSnippetText).
+    ZDSnippetPart(const QString &title, const QString &UUID, const ZDLanguage &language,
+                  ZDSnippetText note, ZDSnippetText content, const QDateTime &dateCreated,
+                  const QDateTime &dateModified, const QString &snippetUUID);
 
     static ZDSnippetPartPtr create(const QString &title, const QString &snippetUUID)
     {
@@ -29,9 +34,12 @@ public:
     QString snippetUUID() const { return m_snippetUUID; }
     ZDLanguage language() const { return m_language; }
     void setLanguage(const ZDLanguage &language);
-    QString note() const { return m_note; }
+    QString note() const { return m_note.toString(); }
+    const ZDSnippetText &noteText() const { return m_note; }
     void setNote(const QString &note);
-    QString content() const { return m_content; }
+    QString content() const { return m_content.toString(); }
+    /// The note and content without a copy: what the search index and the snippet cache read.
+    const ZDSnippetText &contentText() const { return m_content; }
     void setContent(const QString &content);
     QDateTime dateCreated() const { return m_dateCreated; }
     QDateTime dateModified() const { return m_dateModified; }
@@ -58,8 +66,8 @@ private:
     QString m_title;
     QString m_UUID;
     ZDLanguage m_language;
-    QString m_note;
-    QString m_content;
+    ZDSnippetText m_note;
+    ZDSnippetText m_content;
     QDateTime m_dateCreated;
     QDateTime m_dateModified;
     QString m_snippetUUID;

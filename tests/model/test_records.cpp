@@ -154,6 +154,56 @@ TEST_F(SnippetTest, StringRepresentationJoinsTitleAndParts)
     EXPECT_EQ(snippetWithParts(QStringLiteral("T"), {first, second})->stringRepresentation(), "T\nnote\ncode\n\nmore");
 }
 
+// Texts borrowed from a buffer (as the snippet cache lends them) behave as the strings they
+// hold, whatever their encoding and alignment, and keep the buffer alive.
+TEST_F(SnippetTest, BorrowedTextsReadAsTheirStrings)
+{
+    const QString wide = QStringLiteral("日本 👋 é");
+    auto buffer = std::make_shared<QByteArray>("xcaf\xe9"); // Latin-1
+    buffer->append(reinterpret_cast<const char *>(wide.constData()), wide.size() * 2); // at an odd offset
+    const char *bytes = buffer->constData();
+    const ZDSnippetText latin1 = ZDSnippetText::borrowed(buffer, bytes + 1, 4, ZDSnippetText::Encoding::Latin1);
+    const ZDSnippetText utf16 = ZDSnippetText::borrowed(buffer, bytes + 5, wide.size(), ZDSnippetText::Encoding::Utf16);
+    std::weak_ptr<QByteArray> watch = buffer;
+    buffer.reset();
+
+    EXPECT_EQ(latin1.toString(), QStringLiteral("café"));
+    EXPECT_EQ(utf16.toString(), wide);
+    EXPECT_TRUE(latin1 == QStringLiteral("café") && latin1 != QStringLiteral("cafe") && latin1 != QStringLiteral("caf"));
+    EXPECT_TRUE(utf16 == wide && utf16 != QStringLiteral("日本"));
+    EXPECT_TRUE(latin1 == ZDSnippetText(QStringLiteral("café")) && ZDSnippetText(QStringLiteral("café")) == latin1);
+    EXPECT_NE(latin1, utf16);
+    EXPECT_EQ(utf16.size(), wide.size());
+    QString joined = QStringLiteral(">");
+    latin1.appendTo(joined);
+    utf16.appendTo(joined);
+    EXPECT_EQ(joined, QStringLiteral(">café") + wide);
+
+    // Copies share the characters, and the buffer lives as long as a text borrows from it.
+    ZDSnippetText copy = utf16;
+    EXPECT_TRUE(copy.sharesStorageWith(utf16));
+    EXPECT_FALSE(ZDSnippetText(wide).sharesStorageWith(utf16));
+    EXPECT_FALSE(watch.expired());
+
+    // No characters borrow nothing, and a part's text is never null.
+    EXPECT_FALSE(ZDSnippetText::borrowed(watch.lock(), bytes, 0, ZDSnippetText::Encoding::Latin1).isBorrowed());
+    EXPECT_FALSE(ZDSnippetText().toString().isNull());
+
+    // A part holding borrowed texts: an edit to the same text is no edit.
+    const QDateTime date = QDateTime::fromMSecsSinceEpoch(1'700'000'000'000, Qt::UTC);
+    auto part = std::make_shared<ZDSnippetPart>(QStringLiteral("a"), QStringLiteral("P"),
+                                                ZDLanguageRegistry::shared()->plainTextLanguage(), latin1, utf16, date,
+                                                date, QStringLiteral("S"));
+    part->setContent(wide);
+    part->setNote(QStringLiteral("café"));
+    EXPECT_EQ(part->dateModified(), date);
+    EXPECT_TRUE(part->contentText().isBorrowed());
+    EXPECT_EQ(part->stringRepresentation(), QStringLiteral("café\n") + wide);
+    part->setContent(QStringLiteral("new"));
+    EXPECT_FALSE(part->contentText().isBorrowed());
+    EXPECT_NE(part->dateModified(), date);
+}
+
 struct FileNameCase
 {
     QString snippetTitle;

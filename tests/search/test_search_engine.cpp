@@ -101,6 +101,31 @@ TEST_F(SearchTest, WithoutAReadyIndexMatchesComeUnrankedInStoreOrder)
     EXPECT_TRUE(engine->rankCollectionWithKeyword(QStringLiteral("foo"), true, true).isEmpty());
 }
 
+// Parts loaded from the snippet cache read their texts in place; the index sees the same words.
+TEST_F(SearchTest, TextsReadInPlaceAreIndexedAsTheirStrings)
+{
+    const QString wide = QStringLiteral("überall 日本語 wörter");
+    auto buffer = std::make_shared<QByteArray>("latin caf\xe9 note");
+    buffer->append(reinterpret_cast<const char *>(wide.constData()), wide.size() * 2);
+    const auto borrowed = [&](qsizetype offset, qsizetype size, ZDSnippetText::Encoding encoding) {
+        return ZDSnippetText::borrowed(buffer, buffer->constData() + offset, size, encoding);
+    };
+    const QDateTime date = QDateTime::currentDateTimeUtc();
+    ZDSnippetPtr snippet = addSnippet(QStringLiteral("cached"));
+    snippet->setParts({std::make_shared<ZDSnippetPart>(
+        QStringLiteral("Fragment"), QStringLiteral("P"), registry.plainTextLanguage(),
+        borrowed(0, 14, ZDSnippetText::Encoding::Latin1), borrowed(15, wide.size(), ZDSnippetText::Encoding::Utf16),
+        date, date, snippet->UUID())});
+    addSnippet(QStringLiteral("other"), QStringLiteral("nothing here"));
+    buffer.reset();
+
+    EXPECT_EQ(ZDIndexedSnippet::capture(snippet).stringRepresentation(), snippet->stringRepresentation());
+    makeEngine();
+    rebuildAndWait();
+    for (const QString &word : {QStringLiteral("cafe"), QStringLiteral("uberall"), QStringLiteral("日本語")})
+        EXPECT_EQ(titles(engine->snippetsWithKeyword(word, {}, true, true, false)), QStringList{"cached"}) << word.toStdString();
+}
+
 TEST_F(SearchTest, NoticesKeepTheIndexesCurrent)
 {
     ZDMulticastDelegateHandler notifier;
