@@ -7,6 +7,7 @@
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDPackageFormat.h"
 #include "ZDPackageWatcher.h"
+#include "ZDRecordCache.h"
 #include "ZDRecordArchive.h"
 #include "ZDSnippet.h"
 #include "ZDStoreErrors.h"
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 
 namespace {
 std::atomic<ZDDataCenter *> s_defaultCenter{nullptr};
@@ -51,6 +53,10 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
 
     const QString path = d->options.packagePath;
     d->packageOnDisk = QFileInfo(path).isDir();
+    // The snippet cache is decoded while the package is listed.
+    std::optional<ZDRecordCache::Preload> preload;
+    if (const QString cachePath = recordCachePath(); !cachePath.isEmpty() && QFileInfo::exists(cachePath))
+        preload.emplace(cachePath);
     auto tree = std::make_unique<ZDPackageTree>();
     QString stamp;
     ZDError readError;
@@ -66,7 +72,7 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
         }
     } else {
         d->stamps.setStamp(stamp);
-        takeContents(readContents(*tree));
+        takeContents(readContents(*tree, preload ? &*preload : nullptr));
         d->tree = std::move(tree);
         d->hasTree = true;
         if (d->options.repairOnLoad)

@@ -38,6 +38,10 @@ class ZDWriteScheduler;
 /// our unwritten edits on top, so neither side's changes are lost.
 ///
 /// Also the records' directory (tag list, folder titles, default languages) while installed.
+namespace ZDRecordCache {
+class Preload;
+}
+
 class ZDDataCenter : public QObject, public ZDRecordDirectory
 {
     Q_OBJECT
@@ -212,7 +216,11 @@ private:
     void enqueueEdit(const QStringList &paths, std::function<void(ZDPackageTree &)> edit);
     void reloadFromTree();
     void presentError(const ZDError &error);
-    ZDLibraryContents readContents(const ZDPackageTree &tree) const;
+    /// Where the snippet cache of this library lives; empty when it has none.
+    QString recordCachePath() const;
+    /// The records of `tree`, through the snippet cache when the library has one. A `preload`
+    /// of the cache started before the tree was read saves waiting for its decoding.
+    ZDLibraryContents readContents(const ZDPackageTree &tree, ZDRecordCache::Preload *preload = nullptr) const;
 
     std::unique_ptr<Private> d;
 };

@@ -30,13 +30,20 @@ void ZDDataCenter::presentError(const ZDError &error)
         d->options.errorPresenter(error);
 }
 
-ZDLibraryContents ZDDataCenter::readContents(const ZDPackageTree &tree) const
+QString ZDDataCenter::recordCachePath() const
 {
-    const int minimum = d->options.recordCacheMinimumSnippets;
-    if (minimum < 0 || d->options.packagePath.isEmpty())
+    if (d->options.recordCacheMinimumSnippets < 0 || d->options.packagePath.isEmpty())
+        return {};
+    return ZDRecordCache::pathForPackage(d->options.packagePath);
+}
+
+ZDLibraryContents ZDDataCenter::readContents(const ZDPackageTree &tree, ZDRecordCache::Preload *preload) const
+{
+    const QString cachePath = recordCachePath();
+    if (cachePath.isEmpty())
         return ZDLibraryContents::read(tree);
     ZDLibraryContents contents =
-        ZDLibraryContents::read(tree, ZDRecordCache::pathForPackage(d->options.packagePath), minimum);
+        ZDLibraryContents::read(tree, cachePath, d->options.recordCacheMinimumSnippets, preload);
     // The cache is written behind the load, not during it.
     if (contents.cacheUpdate)
         d->scheduler->queue().async(std::move(contents.cacheUpdate));

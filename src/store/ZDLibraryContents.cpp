@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -39,20 +40,27 @@ QList<std::shared_ptr<Record>> readList(const ZDPackageTree &tree, const QString
     return records;
 }
 
-// Snippets whose files are unchanged since the cache was made come from it; the other files are
-// read and unarchived. Every snippet is independent of the others, so the work is shared by all
-// cores, each taking the next few files, and the list keeps the tree's order.
-void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum, ZDLibraryContents &contents)
+// Snippets whose files are unchanged since the cache was made come from it (decoded by the
+// preload, which may have started before the package was listed); the other files are read and
+// unarchived. Every snippet is independent of the others, so that work is shared by all cores,
+// each taking the next few files, and the list keeps the tree's order.
+void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum,
+                  ZDRecordCache::Preload *preload, ZDLibraryContents &contents)
 {
     using namespace ZDPackageLayout;
     const QList<ZDPackageTree::FileEntry> files = tree.files(snippetsDirectory);
     const size_t count = size_t(files.size());
     const bool useCache = !cachePath.isEmpty() && files.size() >= cacheMinimum;
-    const std::shared_ptr<const ZDRecordCache::Image> image = useCache ? ZDRecordCache::Image::read(cachePath) : nullptr;
+    std::optional<ZDRecordCache::Preload> ownPreload;
+    if (useCache && !preload)
+        preload = &ownPreload.emplace(cachePath);
+    const std::shared_ptr<const ZDRecordCache::Image> image = useCache ? preload->finish() : nullptr;
 
-    // The cache entry of each file that has one of the same name and identity. Both lists are
-    // in name order, so one walk pairs them.
-    std::vector<qsizetype> cacheIndex(count, -1);
+    // The snippet of each file that has a cache entry of the same name and identity. Both lists
+    // are in name order, so one walk pairs them.
+    std::vector<ZDSnippetPtr> slots(count);
+    std::vector<QByteArray> records(useCache ? count : 0);
+    qsizetype hits = 0;
     if (image) {
         qsizetype entry = 0;
         for (size_t file = 0; file < count && entry < image->size(); ++file) {
@@ -60,31 +68,24 @@ void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cache
             while (entry < image->size() && image->name(entry) < name)
                 ++entry;
             if (entry < image->size() && image->name(entry) == name &&
-                image->identity(entry) == files.at(qsizetype(file)).identity && image->identity(entry) != 0)
-                cacheIndex[file] = entry++;
+                image->identity(entry) == files.at(qsizetype(file)).identity && image->identity(entry) != 0) {
+                // A record that failed its checksum or did not decode is read from the package.
+                if ((slots[file] = preload->takeSnippet(entry))) {
+                    records[file] = image->record(entry);
+                    ++hits;
+                }
+                ++entry;
+            }
         }
     }
 
-    std::vector<ZDSnippetPtr> slots(count);
-    std::vector<QByteArray> records(useCache ? count : 0);
-    std::atomic<qsizetype> hits{0};
     std::atomic<size_t> next{0};
     const auto work = [&] {
-        ZDRecordCache::Decoder decoder;
         constexpr size_t kBatch = 64;
         for (size_t begin = next.fetch_add(kBatch); begin < count; begin = next.fetch_add(kBatch)) {
             for (size_t index = begin; index < std::min(count, begin + kBatch); ++index) {
-                if (cacheIndex[index] >= 0) {
-                    // A record that fails its checksum or does not decode is read from the package.
-                    QByteArray record = image->checkedRecord(cacheIndex[index]);
-                    if (!record.isEmpty())
-                        slots[index] = decoder.decode(record.constData(), record.size());
-                    if (slots[index]) {
-                        records[index] = std::move(record);
-                        hits.fetch_add(1, std::memory_order_relaxed);
-                        continue;
-                    }
-                }
+                if (slots[index])
+                    continue;
                 const QByteArray blob =
                     tree.readFileContents(snippetsDirectory + QLatin1Char('/') + files.at(qsizetype(index)).name);
                 if (!blob.isEmpty())
@@ -95,8 +96,9 @@ void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cache
         }
     };
     const size_t workers = std::clamp<size_t>(size_t(QThread::idealThreadCount()), 1, 8);
+    const size_t toRead = count - size_t(hits);
     std::vector<std::thread> helpers;
-    for (size_t helper = 1; helper < workers && helper * 256 < count; ++helper)
+    for (size_t helper = 1; helper < workers && helper * 256 < toRead; ++helper)
         helpers.emplace_back(work);
     work();
     for (std::thread &helper : helpers)
@@ -114,7 +116,7 @@ void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cache
         }
     }
     // Rewritten when it lacks a readable file or holds one that is gone or changed. The image
-    // stays alive until then: the records that came from it point into it.
+    // stays alive until then, and as long as a part reads its note or content from it.
     if (!useCache || (cacheable == hits && image->size() == hits))
         return;
     QList<ZDRecordCache::Record> cacheRecords;
@@ -131,7 +133,8 @@ void readSnippets(const ZDPackageTree &tree, const QString &cachePath, int cache
 
 } // namespace
 
-ZDLibraryContents ZDLibraryContents::read(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum)
+ZDLibraryContents ZDLibraryContents::read(const ZDPackageTree &tree, const QString &cachePath, int cacheMinimum,
+                                          ZDRecordCache::Preload *preload)
 {
     using namespace ZDPackageLayout;
     ZDLibraryContents contents;
@@ -140,7 +143,7 @@ ZDLibraryContents ZDLibraryContents::read(const ZDPackageTree &tree, const QStri
     contents.shortcutNodes =
         readList<ZDCategoryNode>(tree, shortcutsFile, ZDRecordArchive::unarchiveNode, contents);
 
-    readSnippets(tree, cachePath, cacheMinimum, contents);
+    readSnippets(tree, cachePath, cacheMinimum, preload, contents);
     contents.tags = readList<ZDTag>(tree, tagsFile, ZDRecordArchive::unarchiveTag, contents);
     contents.smartGroupNodes =
         readList<ZDCategoryNode>(tree, smartGroupsFile, ZDRecordArchive::unarchiveNode, contents);

@@ -9,6 +9,10 @@
 
 #include <functional>
 
+namespace ZDRecordCache {
+class Preload;
+}
+
 /// The records of a package tree, and their encodings back into the tree's files.
 ///
 /// Reading never fails as a whole: a snippet file or list element that does not unarchive is
@@ -37,8 +41,10 @@ struct ZDLibraryContents
     /// Reads every record of `tree`. Snippet files are read and unarchived on all cores. With a
     /// `cachePath` (ZDRecordCache), when the library has at least `cacheMinimum` snippets,
     /// snippets whose files are unchanged come from the cache, and cacheUpdate is set when the
-    /// cache needs writing.
-    static ZDLibraryContents read(const ZDPackageTree &tree, const QString &cachePath = {}, int cacheMinimum = 1000);
+    /// cache needs writing. A `preload` of that cache, started before the tree was read, saves
+    /// waiting for the decoding.
+    static ZDLibraryContents read(const ZDPackageTree &tree, const QString &cachePath = {}, int cacheMinimum = 1000,
+                                  ZDRecordCache::Preload *preload = nullptr);
 
     /// A list file holding the nodes' archives.
     static QByteArray encodeNodes(const QList<ZDCategoryNodePtr> &nodes);

@@ -10,8 +10,11 @@
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <algorithm>
+#include <atomic>
+#include <future>
 #include <cstring>
 #include <limits>
 
@@ -86,6 +89,18 @@ void putString(QByteArray &out, const QString &string)
     }
 }
 
+void putText(QByteArray &out, const ZDSnippetText &text)
+{
+    if (!text.isBorrowed()) {
+        putString(out, text.toString());
+        return;
+    }
+    // Borrowed characters are in this very encoding: they came from a cache.
+    const bool utf16 = text.borrowedEncoding() == ZDSnippetText::Encoding::Utf16;
+    put(out, quint32(text.size()) | (utf16 ? kUtf16Flag : 0));
+    out.append(text.borrowedData(), text.size() * (utf16 ? qsizetype(sizeof(QChar)) : 1));
+}
+
 void putDate(QByteArray &out, const QDateTime &date)
 {
     put(out, date.isValid() ? date.toMSecsSinceEpoch() : kNoDate);
@@ -139,6 +154,26 @@ public:
     {
         const qint64 milliseconds = number<qint64>();
         return milliseconds == kNoDate ? QDateTime() : QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
+    }
+
+    /// The characters of an encoded string, in place; empty when null or malformed.
+    static ZDSnippetText borrowedText(QByteArrayView raw, const std::shared_ptr<const void> &owner)
+    {
+        if (raw.size() <= qsizetype(sizeof(quint32)))
+            return {};
+        quint32 word;
+        std::memcpy(&word, raw.data(), sizeof(word));
+        const char *characters = raw.data() + sizeof(word);
+        const qsizetype bytes = raw.size() - qsizetype(sizeof(word));
+        if (word & kUtf16Flag) {
+            const qsizetype length = qsizetype(word & ~kUtf16Flag);
+            if (length * qsizetype(sizeof(QChar)) != bytes)
+                return {};
+            return ZDSnippetText::borrowed(owner, characters, length, ZDSnippetText::Encoding::Utf16);
+        }
+        if (qsizetype(word) != bytes)
+            return {};
+        return ZDSnippetText::borrowed(owner, characters, bytes, ZDSnippetText::Encoding::Latin1);
     }
 
     static QString decodeString(QByteArrayView raw)
@@ -206,8 +241,8 @@ QByteArray encodeSnippet(const ZDSnippet &snippet)
         putString(out, part->title());
         putString(out, part->UUID());
         putString(out, part->language().identifier());
-        putString(out, part->note());
-        putString(out, part->content());
+        putText(out, part->noteText());
+        putText(out, part->contentText());
         putString(out, part->snippetUUID());
         putDate(out, part->dateCreated());
         putDate(out, part->dateModified());
@@ -249,7 +284,7 @@ struct Decoder::Private
 Decoder::Decoder() : d(std::make_unique<Private>()) {}
 Decoder::~Decoder() = default;
 
-ZDSnippetPtr Decoder::decode(const char *data, qsizetype size)
+ZDSnippetPtr Decoder::decode(const char *data, qsizetype size, const std::shared_ptr<const void> &owner)
 {
     Cursor in(data, size);
     const QString title = in.string();
@@ -277,17 +312,20 @@ ZDSnippetPtr Decoder::decode(const char *data, qsizetype size)
         const QString partTitle = d->shared(in.rawString());
         const QString partUUID = in.string();
         const QByteArrayView rawLanguage = in.rawString();
-        const QString note = in.string();
-        const QString content = in.string();
+        const QByteArrayView rawNote = in.rawString();
+        ZDSnippetText note = owner ? Cursor::borrowedText(rawNote, owner) : ZDSnippetText(Cursor::decodeString(rawNote));
+        const QByteArrayView rawContent = in.rawString();
+        ZDSnippetText content = owner ? Cursor::borrowedText(rawContent, owner)
+                                      : ZDSnippetText(Cursor::decodeString(rawContent));
         const QByteArrayView rawOwner = in.rawString();
         // A part names its snippet; the same string is kept once.
-        const QString owner = rawOwner == rawUUID ? UUID : Cursor::decodeString(rawOwner);
+        const QString partOwner = rawOwner == rawUUID ? UUID : Cursor::decodeString(rawOwner);
         const QDateTime partCreated = in.date();
         const QDateTime partModified = in.date();
         if (!in.ok())
             return nullptr;
-        parts.append(std::make_shared<ZDSnippetPart>(partTitle, partUUID, d->language(rawLanguage), note, content,
-                                                     partCreated, partModified, owner));
+        parts.append(std::make_shared<ZDSnippetPart>(partTitle, partUUID, d->language(rawLanguage), std::move(note),
+                                                     std::move(content), partCreated, partModified, partOwner));
     }
     if (!in.ok() || !in.atEnd())
         return nullptr;
@@ -385,6 +423,72 @@ QByteArray Image::checkedRecord(qsizetype index) const
     return QByteArray::fromRawData(record, qsizetype(entry.size));
 }
 
+QByteArray Image::record(qsizetype index) const
+{
+    const IndexEntry &entry = m_entries[size_t(index)];
+    return QByteArray::fromRawData(m_records + entry.offset, qsizetype(entry.size));
+}
+
+struct Preload::Private
+{
+    std::promise<std::shared_ptr<const Image>> mapped;
+    std::shared_future<std::shared_ptr<const Image>> image = mapped.get_future().share();
+    std::vector<ZDSnippetPtr> snippets;
+    std::atomic<size_t> next{0};
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> threads;
+
+    // Takes batches of records until none is left.
+    void decode()
+    {
+        const std::shared_ptr<const Image> &source = image.get();
+        const size_t count = size_t(source->size());
+        Decoder decoder;
+        constexpr size_t kBatch = 64;
+        for (size_t begin = next.fetch_add(kBatch); begin < count && !stop; begin = next.fetch_add(kBatch)) {
+            for (size_t index = begin; index < std::min(count, begin + kBatch); ++index) {
+                const QByteArray bytes = source->checkedRecord(qsizetype(index));
+                if (!bytes.isEmpty())
+                    snippets[index] = decoder.decode(bytes.constData(), bytes.size(), source);
+            }
+        }
+    }
+};
+
+Preload::Preload(const QString &cachePath) : d(std::make_unique<Private>())
+{
+    const size_t workers = std::clamp<size_t>(size_t(QThread::idealThreadCount()), 1, 8);
+    d->threads.emplace_back([this, cachePath] {
+        std::shared_ptr<const Image> image = Image::read(cachePath);
+        d->snippets.resize(size_t(image->size()));
+        d->mapped.set_value(std::move(image));
+        d->decode();
+    });
+    for (size_t worker = 1; worker < workers; ++worker)
+        d->threads.emplace_back([this] { d->decode(); });
+}
+
+Preload::~Preload()
+{
+    d->stop = true;
+    for (std::thread &thread : d->threads)
+        thread.join();
+}
+
+std::shared_ptr<const Image> Preload::finish()
+{
+    d->decode();
+    for (std::thread &thread : d->threads)
+        thread.join();
+    d->threads.clear();
+    return d->image.get();
+}
+
+ZDSnippetPtr Preload::takeSnippet(qsizetype entry)
+{
+    return std::move(d->snippets[size_t(entry)]);
+}
+
 bool writeRecords(const QString &cachePath, QList<Record> records)
 {
     records.removeIf([](const Record &record) { return record.identity == 0; });
@@ -433,7 +537,8 @@ QHash<QString, Entry> read(const QString &cachePath)
     Decoder decoder;
     for (qsizetype index = 0; index < image->size(); ++index) {
         const QByteArray record = image->checkedRecord(index);
-        if (ZDSnippetPtr snippet = record.isEmpty() ? nullptr : decoder.decode(record.constData(), record.size()))
+        if (ZDSnippetPtr snippet =
+                record.isEmpty() ? nullptr : decoder.decode(record.constData(), record.size(), image))
             entries.insert(image->name(index), {image->identity(index), std::move(snippet)});
     }
     return entries;

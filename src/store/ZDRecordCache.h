@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <memory>
+#include <thread>
 #include <vector>
 
 /// A compact copy of a large library's snippets in the user's cache folder, so that loading does
@@ -54,8 +55,9 @@ public:
     Decoder &operator=(const Decoder &) = delete;
 
     /// The snippet of a record; null when the record does not decode whole. The bytes must
-    /// outlive the decoder.
-    ZDSnippetPtr decode(const char *data, qsizetype size);
+    /// outlive the decoder. With an `owner` that keeps the bytes alive, the parts' contents are
+    /// read in place (ZDSnippetText::borrowed) rather than copied.
+    ZDSnippetPtr decode(const char *data, qsizetype size, const std::shared_ptr<const void> &owner = nullptr);
 
 private:
     struct Private;
@@ -80,6 +82,8 @@ public:
     /// The entry's record bytes, or empty when they do not match their checksum. The bytes
     /// stay valid while the image lives. Thread-safe.
     QByteArray checkedRecord(qsizetype index) const;
+    /// The entry's record bytes, unchecked (for a record already checked).
+    QByteArray record(qsizetype index) const;
 
 private:
     struct IndexEntry
@@ -100,6 +104,29 @@ private:
     const char *m_records = nullptr;
     qsizetype m_recordsSize = 0;
     std::vector<IndexEntry> m_entries;
+};
+
+/// Decodes every record of a cache on background threads from the moment it is made, so that the
+/// work overlaps with listing the package; finish() waits for it, helping on its own thread.
+/// Parts read their contents in place from the image (see Decoder::decode).
+class Preload
+{
+public:
+    explicit Preload(const QString &cachePath);
+    /// Stops the decoding early when finish() was not called.
+    ~Preload();
+    Preload(const Preload &) = delete;
+    Preload &operator=(const Preload &) = delete;
+
+    /// Waits until every record is decoded, and returns the image (without entries when there
+    /// is no usable cache).
+    std::shared_ptr<const Image> finish();
+    /// After finish(): the snippet of an entry, taken out; null when its record is damaged.
+    ZDSnippetPtr takeSnippet(qsizetype entry);
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
 };
 
 /// Replaces the cache at `cachePath` atomically with `records` (sorted by name here; records

@@ -247,3 +247,52 @@ TEST(RecordCache, LoadingWithTheCacheGivesWhatTheFilesGive)
     EXPECT_TRUE(fromCopy.cacheUpdate);
     EXPECT_EQ(describe(fromCopy.snippets), describe(load(library, false).contents.snippets));
 }
+
+TEST(RecordCache, PartsReadTheirTextsInPlaceAndOutliveTheCacheFile)
+{
+    ZDTestLibrary library;
+    ZDSnippetList snippets = awkwardSnippets(library.registry);
+    for (int index = 0; index < 300; ++index)
+        snippets << zdTestSnippet(QStringLiteral("snippet %1").arg(index), QStringLiteral("FOLDER"));
+    {
+        auto center = library.open();
+        center->addSnippetsFromArray(snippets);
+        ASSERT_TRUE(center->save());
+    }
+    const QString cachePath = ZDRecordCache::pathForPackage(library.path);
+    ASSERT_TRUE(load(library, true).cacheRewritten);
+    const QStringList reference = describe(load(library, false).contents.snippets);
+
+    // Decoding starts before the package is listed, as the store does it.
+    ZDLibraryContents contents;
+    {
+        ZDRecordCache::Preload preload(cachePath);
+        ZDPackageTree tree;
+        ASSERT_TRUE(ZDPackageTree::read(library.path, &tree, nullptr, ZDPackageTree::Contents::OnDemand));
+        contents = ZDLibraryContents::read(tree, cachePath, 0, &preload);
+    }
+    EXPECT_FALSE(contents.cacheUpdate);
+    ASSERT_EQ(describe(contents.snippets), reference);
+    qsizetype borrowed = 0;
+    for (const ZDSnippetPtr &snippet : std::as_const(contents.snippets)) {
+        for (const ZDSnippetPartPtr &part : snippet->parts())
+            borrowed += part->contentText().isBorrowed();
+    }
+    EXPECT_GE(borrowed, 300);
+
+    // The cache file replaced, then removed: the texts read from it stay, and encode as before.
+    ASSERT_TRUE(ZDRecordCache::write(cachePath, {}));
+    ASSERT_TRUE(QFile::remove(cachePath));
+    EXPECT_EQ(describe(contents.snippets), reference);
+    const ZDSnippetList fromFiles = load(library, false).contents.snippets;
+    for (qsizetype index = 0; index < fromFiles.size(); ++index)
+        ASSERT_EQ(ZDRecordCache::encodeSnippet(*contents.snippets[index]),
+                  ZDRecordCache::encodeSnippet(*fromFiles[index]));
+
+    // Without a cache, a preload has nothing, and one dropped unfinished stops.
+    ZDRecordCache::Preload missing(cachePath);
+    EXPECT_EQ(missing.finish()->size(), 0);
+    ASSERT_TRUE(load(library, true).cacheRewritten);
+    for (int round = 0; round < 20; ++round)
+        ZDRecordCache::Preload dropped(cachePath);
+}
