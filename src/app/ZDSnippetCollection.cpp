@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <ranges>
 #include <vector>
 
 namespace ZDSnippetCollection {
@@ -89,6 +90,41 @@ void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder)
     for (qsizetype i : order)
         sorted << snippets[i];
     snippets = std::move(sorted);
+}
+
+qsizetype sortedRow(const ZDSnippetList &snippets, qsizetype row, const ZDSnippet &snippet, int sortMethod,
+                    int sortOrder)
+{
+    const bool ascending = sortOrder == SortOrderAscending;
+    // The rows other than `row`, which are in order: the ones that sort before the snippet come
+    // first, then its ties, among which a stable sort keeps it where it was.
+    const qsizetype others = row < snippets.size() ? snippets.size() - 1 : snippets.size();
+    const auto other = [&](qsizetype index) -> const ZDSnippet & {
+        return *snippets[index < row ? index : index + 1];
+    };
+    const auto bounds = [&](auto compare) { // compare(other, snippet) < 0 when the other sorts first
+        const auto indexes = std::views::iota(qsizetype(0), others);
+        const auto point = [&](auto sortsFirst) {
+            return qsizetype(std::ranges::partition_point(indexes, sortsFirst) - indexes.begin());
+        };
+        const qsizetype first = point([&](qsizetype i) { return compare(other(i)) < 0; });
+        const qsizetype last = point([&](qsizetype i) { return compare(other(i)) <= 0; });
+        return std::clamp(row, first, last);
+    };
+    const auto ordered = [ascending](auto a, auto b) { return ascending ? (a < b ? -1 : a > b) : (a > b ? -1 : a < b); };
+    if (sortMethod == SortByDateModified || sortMethod == SortByDateCreated) {
+        const auto key = [sortMethod](const ZDSnippet &s) {
+            return (sortMethod == SortByDateModified ? s.canonicalDateModified() : s.dateCreated()).toMSecsSinceEpoch();
+        };
+        const qint64 own = key(snippet);
+        return bounds([&](const ZDSnippet &s) { return ordered(key(s), own); });
+    }
+    const QCollator collator = titleCollator();
+    const QCollatorSortKey own = collator.sortKey(snippet.title());
+    return bounds([&](const ZDSnippet &s) {
+        const int c = collator.sortKey(s.title()).compare(own);
+        return ascending ? c : -c;
+    });
 }
 
 QCollator titleCollator()

@@ -21,6 +21,12 @@ ZDSnippetList snippetsForNode(const ZDCategoryNode &node, const ZDSnippetList &s
 /// name for snippets) in a sort order (descending 11, ascending 12). Ties keep their order.
 void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder);
 
+/// The row at which `snippet` stands once `snippets` is sorted, when every row but `row` is
+/// already in order: the row `sort` would give it, found without sorting. `row` is the snippet's
+/// present row, or `snippets.size()` for a snippet not listed yet (it then goes after its ties).
+qsizetype sortedRow(const ZDSnippetList &snippets, qsizetype row, const ZDSnippet &snippet, int sortMethod,
+                    int sortOrder);
+
 /// Compares titles as people read them: case ignored, numbers by value ("2" before "10").
 QCollator titleCollator();
 

@@ -48,7 +48,12 @@ void ZDSnippetListModel::reindex()
 {
     m_rows.clear();
     m_rows.reserve(m_snippets.size());
-    for (int row = 0; row < m_snippets.size(); ++row)
+    reindex(0, int(m_snippets.size()));
+}
+
+void ZDSnippetListModel::reindex(int from, int to)
+{
+    for (int row = from; row < to; ++row)
         m_rows.insert(m_snippets[row]->UUID(), row);
 }
 
@@ -58,13 +63,12 @@ void ZDSnippetListModel::snippetChanged(const QString &UUID)
     if (row < 0)
         return;
     if (!m_keepOrder) {
-        ZDSnippetList sorted = m_snippets;
-        ZDSnippetCollection::sort(sorted, m_sortMethod, m_sortOrder);
-        const int target = int(sorted.indexOf(m_snippets[row]));
+        const int target =
+            int(ZDSnippetCollection::sortedRow(m_snippets, row, *m_snippets[row], m_sortMethod, m_sortOrder));
         if (target != row) {
             beginMoveRows({}, row, row, {}, target > row ? target + 1 : target);
             m_snippets.move(row, target);
-            reindex();
+            reindex(std::min(row, target), std::max(row, target) + 1);
             endMoveRows();
         }
     }
@@ -76,16 +80,12 @@ void ZDSnippetListModel::insertSnippet(const ZDSnippetPtr &snippet)
 {
     if (!snippet || rowOfSnippet(snippet->UUID()) >= 0)
         return;
-    int row = 0;
-    if (!m_keepOrder) {
-        ZDSnippetList sorted = m_snippets;
-        sorted << snippet;
-        ZDSnippetCollection::sort(sorted, m_sortMethod, m_sortOrder);
-        row = int(sorted.indexOf(snippet));
-    }
+    const int row = m_keepOrder ? 0
+                                : int(ZDSnippetCollection::sortedRow(m_snippets, m_snippets.size(), *snippet,
+                                                                     m_sortMethod, m_sortOrder));
     beginInsertRows({}, row, row);
     m_snippets.insert(row, snippet);
-    reindex();
+    reindex(row, int(m_snippets.size()));
     endInsertRows();
 }
 

@@ -41,6 +41,8 @@ public:
 
 private:
     void reindex();
+    /// Records the rows from `from` up to `to`.
+    void reindex(int from, int to);
 
     ZDSnippetList m_snippets;
     QHash<QString, int> m_rows;

@@ -8,6 +8,7 @@
 #include "ZDSnippetListModel.h"
 #include "ZDUserDefaults.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 namespace {
@@ -79,6 +80,37 @@ private Q_SLOTS:
         ZDRecordDirectory::setClock({});
         ZDSnippetCollection::sort(list, SortByDateModified, SortOrderDescending);
         QCOMPARE(titles(list), (QStringList{"snippet 2", "Snippet 10", "Alpha"}));
+    }
+
+    // A changed or new row is placed by a binary search among the others; with ties everywhere,
+    // it must land exactly where a full sort would put it.
+    void placingOneRowAgreesWithAFullSort()
+    {
+        QRandomGenerator random(7);
+        const QStringList names{"a", "B", "b", "item 2", "item 10", "Zeta"};
+        for (int round = 0; round < 300; ++round) {
+            const int method = QList<int>{SortByDateModified, SortByDateCreated, SortByName}[round % 3];
+            const int order = round % 2 ? SortOrderAscending : SortOrderDescending;
+            ZDSnippetList list;
+            for (int i = int(random.bounded(12)); i >= 0; --i)
+                list << snippet(names[random.bounded(names.size())], {}, random.bounded(4));
+            ZDSnippetCollection::sort(list, method, order);
+
+            // One row changes its title and dates.
+            const qsizetype row = random.bounded(list.size());
+            list[row] = snippet(names[random.bounded(names.size())], {}, random.bounded(4));
+            ZDSnippetList expected = list;
+            ZDSnippetCollection::sort(expected, method, order);
+            QCOMPARE(ZDSnippetCollection::sortedRow(list, row, *list[row], method, order), expected.indexOf(list[row]));
+
+            // A new row.
+            const ZDSnippetPtr added = snippet(names[random.bounded(names.size())], {}, random.bounded(4));
+            ZDSnippetList withNew = expected;
+            withNew << added;
+            ZDSnippetCollection::sort(withNew, method, order);
+            QCOMPARE(ZDSnippetCollection::sortedRow(expected, expected.size(), *added, method, order),
+                     withNew.indexOf(added));
+        }
     }
 
     void listModelKeepsRowsInOrderAsSnippetsChange()
