@@ -1,10 +1,10 @@
 #include "ZDSearchCommands.h"
 
 #include "ZDCategoryNode.h"
+#include "ZDCliLibrary.h"
 #include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
 #include "ZDLanguageRegistry.h"
-#include "ZDMulticastDelegateHandler.h"
 #include "ZDSearchEngine.h"
 #include "ZDSearchTokenSyntax.h"
 #include "ZDSnippet.h"
@@ -19,33 +19,6 @@
 #include <QJsonObject>
 
 namespace {
-
-/// The library of the command, opened for reading only: nothing is repaired or written.
-struct OpenLibrary
-{
-    ZDMulticastDelegateHandler notifier;
-    std::unique_ptr<ZDDataCenter> center;
-};
-
-std::unique_ptr<OpenLibrary> openLibrary(ZDCliContext &context, ZDError *error)
-{
-    auto library = std::make_unique<OpenLibrary>();
-    ZDDataCenter::Options options;
-    options.packagePath =
-        context.libraryPath.isEmpty() ? ZDDataCenter::defaultLocalPackagePath(error) : context.libraryPath;
-    if (options.packagePath.isEmpty())
-        return nullptr;
-    options.defaults = &context.defaults;
-    options.notifier = &library->notifier;
-    options.watchForExternalChanges = false;
-    options.repairOnLoad = false;
-    library->center = std::make_unique<ZDDataCenter>(std::move(options));
-    if (!library->center->dataCenterHasValidLibrary()) {
-        ZDError::fail(error, library->center->loadError());
-        return nullptr;
-    }
-    return library;
-}
 
 QString folderUUIDNamed(const ZDDataCenter &center, const QString &name)
 {
@@ -88,7 +61,7 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
     const QCommandLineOption tag(QStringLiteral("tag"), {}, QStringLiteral("NAME"));
     const QCommandLineOption language(QStringLiteral("language"), {}, QStringLiteral("ID"));
     const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOptions({titleOnly, exact, matchCase, folder, tag, language, json});
+    parser.addOptions({titleOnly, exact, matchCase, folder, tag, language, json, ZDCliLibrary::continueAnywayOption()});
     int status = 0;
     if (!parse(parser, context, name(), arguments, &status))
         return status;
@@ -96,11 +69,11 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
         return context.usage(QStringLiteral("search takes one keyword; quote a keyword with spaces"));
     const QString keyword = parser.positionalArguments().value(0);
 
-    ZDError error;
-    const std::unique_ptr<OpenLibrary> library = openLibrary(context, &error);
-    if (!library)
-        return context.fail(error);
-    const ZDDataCenter &center = *library->center;
+    // Searching only reads: nothing is repaired or written.
+    ZDCliLibrary library(context, parser.isSet(QStringLiteral("continue-anyway")), /*repairOnLoad=*/false);
+    if (!library.open(&status))
+        return status;
+    const ZDDataCenter &center = library.center();
 
     QList<ZDSearchConstraint> constraints;
     for (const QString &value : parser.values(folder)) {
@@ -157,7 +130,7 @@ int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
 {
     QCommandLineParser parser;
     const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOption(json);
+    parser.addOptions({json, ZDCliLibrary::continueAnywayOption()});
     int status = 0;
     if (!parse(parser, context, name(), arguments, &status))
         return status;
@@ -168,11 +141,10 @@ int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
     if (keyword.isNull())
         keyword = text;
 
-    ZDError error;
-    const std::unique_ptr<OpenLibrary> library = openLibrary(context, &error);
-    if (!library)
-        return context.fail(error);
-    ZDCoreIndex index(ZDCoreIndexSource::fromDataCenter(*library->center, &context.defaults));
+    ZDCliLibrary library(context, parser.isSet(QStringLiteral("continue-anyway")), /*repairOnLoad=*/false);
+    if (!library.open(&status))
+        return status;
+    ZDCoreIndex index(ZDCoreIndexSource::fromDataCenter(library.center(), &context.defaults));
     bool counted = false;
     QObject::connect(&index, &ZDCoreIndex::indexDidChange, [&counted] { counted = true; });
     index.rebuildAllIndex();

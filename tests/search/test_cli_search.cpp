@@ -4,6 +4,8 @@
 #include "ZDCli.h"
 #include "ZDDataCenter.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDPackageFormat.h"
+#include "ZDPackageTree.h"
 #include "ZDTag.h"
 #include "ZDUserDefaults.h"
 #include "ZDWriteTimer.h"
@@ -21,7 +23,7 @@ protected:
         SearchTest::SetUp();
         ZDMulticastDelegateHandler notifier;
         ZDDataCenter::Options options;
-        options.packagePath = directory.filePath(QStringLiteral("test.zandriolibrary"));
+        options.packagePath = libraryPath;
         options.defaults = &defaults;
         options.notifier = &notifier;
         options.watchForExternalChanges = false;
@@ -48,17 +50,17 @@ protected:
         QString out, err;
         QTextStream outStream(&out), errStream(&err);
         ZDCli cli(defaults, registry);
-        EXPECT_EQ(cli.run(QStringList{QStringLiteral("--library"),
-                                      directory.filePath(QStringLiteral("test.zandriolibrary"))} +
-                              arguments,
-                          outStream, errStream),
-                  expectedStatus)
-            << err.toStdString();
+        const QStringList chosen = libraryPath.isEmpty() ? QStringList() : QStringList{"--library", libraryPath};
+        EXPECT_EQ(cli.run(chosen + arguments, outStream, errStream), expectedStatus) << err.toStdString();
         outStream.flush();
+        errStream.flush();
+        lastError = err;
         return out;
     }
 
     QTemporaryDir directory;
+    QString libraryPath = directory.filePath(QStringLiteral("test.zandriolibrary"));
+    QString lastError;
     ZDUserDefaults defaults{directory.filePath(QStringLiteral("prefs.ini"))};
     ZDCategoryNodePtr work;
     ZDTagPtr swift;
@@ -98,4 +100,29 @@ TEST_F(CliSearchTest, ConstraintsByNameAndTheirProposals)
     EXPECT_EQ(proposals, QStringList({"TAG\t" + swift->UUID() + "\tswift  (1 snippet)",
                                       "LANG\tSwiftLexer\tSwift  (1 snippet)"}));
     EXPECT_EQ(run({"complete", "in:"}), QString());
+}
+
+// Like the other commands, the search commands open the library the application uses, and
+// refuse one written by a newer version unless told to go on, without writing to it.
+TEST_F(CliSearchTest, SearchOpensTheApplicationsLibraryAndRefusesNewerOnes)
+{
+    const QString path = libraryPath;
+    libraryPath.clear();
+    defaults.setDesignatedLibraryPathString(path);
+    EXPECT_EQ(run({"search", "--exact", "foo"}).count(QLatin1Char('\n')), 3);
+
+    ZDPackageTree tree;
+    ASSERT_TRUE(ZDPackageTree::read(path, &tree));
+    tree.setFile(ZDPackageLayout::versionFile, ZDPackageFormat::encodeVersion(QStringLiteral("1.6.0")));
+    ASSERT_TRUE(tree.write(path));
+    for (const char *command : {"search", "complete"}) {
+        EXPECT_EQ(run({command, "foo"}, 1), QString());
+        EXPECT_TRUE(lastError.contains(QStringLiteral("newer version"))) << lastError.toStdString();
+    }
+    EXPECT_EQ(run({"search", "--continue-anyway", "--exact", "foo"}).count(QLatin1Char('\n')), 3);
+    ZDPackageTree after;
+    ASSERT_TRUE(ZDPackageTree::read(path, &after));
+    QString version;
+    ASSERT_TRUE(ZDPackageFormat::decodeVersion(after.fileContents(ZDPackageLayout::versionFile), &version));
+    EXPECT_EQ(version, QStringLiteral("1.6.0"));
 }
