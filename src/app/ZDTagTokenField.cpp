@@ -136,13 +136,24 @@ void ZDTagTokenField::updateCompletions()
 
 void ZDTagTokenField::addTagName(const QString &rawName)
 {
-    const QString name = rawName.simplified();
-    if (name.isEmpty() || m_names.contains(name, Qt::CaseInsensitive))
+    addTagNames({rawName});
+}
+
+void ZDTagTokenField::addTagNames(const QStringList &rawNames)
+{
+    bool added = false;
+    for (const QString &rawName : rawNames) {
+        const QString name = rawName.simplified();
+        if (name.isEmpty() || m_names.contains(name, Qt::CaseInsensitive))
+            continue;
+        m_names.append(name);
+        added = true;
+    }
+    if (!added)
         return;
-    m_names.append(name);
     rebuildChips();
     updateCompletions();
-    Q_EMIT tagNamesEdited(m_names);
+    Q_EMIT tagNamesEdited(m_names); // once, so that "a,b,c" is one edit of the snippet
 }
 
 void ZDTagTokenField::removeTagNameAt(int index)
@@ -159,8 +170,7 @@ void ZDTagTokenField::commitTypedText()
 {
     const QString typed = m_edit->text();
     m_edit->clear();
-    for (const QString &name : typed.split(QLatin1Char(',')))
-        addTagName(name);
+    addTagNames(typed.split(QLatin1Char(',')));
 }
 
 void ZDTagTokenField::rebuildChips()

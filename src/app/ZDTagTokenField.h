@@ -29,6 +29,8 @@ public:
 
     /// Adds a token (ignoring an empty name or one already there, compared ignoring case).
     void addTagName(const QString &name);
+    /// Adds several tokens as one edit (one tagNamesEdited).
+    void addTagNames(const QStringList &rawNames);
     void removeTagNameAt(int index);
 
 Q_SIGNALS:

@@ -275,18 +275,22 @@ private Q_SLOTS:
         QCOMPARE(edits.count(), 0); // shown, not edited
         QCOMPARE(field.completionNames(), (QStringList{QStringLiteral("go"), QStringLiteral("shell")}));
 
-        QTest::keyClicks(field.lineEdit(), QStringLiteral("PYTHON,go"));
+        field.lineEdit()->insert(QStringLiteral("PYTHON,go, sql ")); // pasted
         QTest::keyClick(field.lineEdit(), Qt::Key_Tab);
-        QCOMPARE(field.tagNames(), (QStringList{QStringLiteral("python"), QStringLiteral("go")}));
-        QCOMPARE(edits.count(), 1);
+        QCOMPARE(field.tagNames(), (QStringList{QStringLiteral("python"), QStringLiteral("go"), QStringLiteral("sql")}));
+        QCOMPARE(edits.count(), 1); // one edit for the whole line
+        QTest::keyClicks(field.lineEdit(), QStringLiteral("x,")); // a typed comma ends a token
+        QCOMPARE(edits.count(), 2);
+        QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
         QCOMPARE(field.completionNames(), QStringList{QStringLiteral("shell")});
         QVERIFY(field.lineEdit()->text().isEmpty());
 
         // A chosen completion becomes a token.
         Q_EMIT field.completer()->activated(QStringLiteral("shell"));
-        QVERIFY(ZDTestSupport::waitFor([&] { return field.tagNames().size() == 3; }));
+        QVERIFY(ZDTestSupport::waitFor([&] { return field.tagNames().size() == 4; }));
         QVERIFY(field.completionNames().isEmpty());
 
+        QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
         QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
         QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);
         QCOMPARE(field.tagNames(), QStringList{QStringLiteral("python")});
