@@ -120,6 +120,8 @@ int ZDCheckCommand::run(ZDCliContext &context, const QStringList &arguments)
     context.out << library->snippets().size() << " snippets, " << library->tags().size() << " tags, "
                 << report.issuesFixed() << (report.issuesFixed() == 1 ? " issue" : " issues") << "\n";
 
+    // Asked for by name, the repair runs whatever the preference that turns off the repair after
+    // loading says, as the check above validates whatever the integrity-check preference says.
     if (parser.isSet(repair)) {
         if (!report.isEmpty()) {
             library->repairInternalInconsistency();
