@@ -113,12 +113,22 @@ QDateTime ZDSnippet::canonicalDateModified() const
     return latest;
 }
 
+namespace {
+// Hours and minutes: the C locale's short time format also has the seconds.
+QString shortTime(const QLocale &locale, QTime time)
+{
+    if (locale.language() == QLocale::C)
+        return time.toString(QStringLiteral("HH:mm"));
+    return locale.toString(time, QLocale::ShortFormat);
+}
+} // namespace
+
 QString ZDSnippet::localizedDate() const
 {
     const QDateTime date = canonicalDateModified().toLocalTime();
     const QLocale locale;
     if (date.date() == ZDRecordDirectory::now().toLocalTime().date())
-        return locale.toString(date.time(), QLocale::ShortFormat);
+        return shortTime(locale, date.time());
     return locale.toString(date.date(), QLocale::ShortFormat);
 }
 
@@ -126,8 +136,7 @@ QString ZDSnippet::localizedFullDate() const
 {
     const QDateTime date = canonicalDateModified().toLocalTime();
     const QLocale locale;
-    return locale.toString(date.date(), QLocale::LongFormat) + QLatin1Char(' ')
-        + locale.toString(date.time(), QLocale::ShortFormat);
+    return locale.toString(date.date(), QLocale::LongFormat) + QLatin1Char(' ') + shortTime(locale, date.time());
 }
 
 QString ZDSnippet::localizedCategory() const

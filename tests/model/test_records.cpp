@@ -94,6 +94,23 @@ TEST_F(SnippetTest, PartSettersStampOnlyOnChangeAndCanonicalDateFollowsParts)
     EXPECT_EQ(snippet->canonicalDateModified(), now) << "an edit inside a part modifies the snippet";
 }
 
+// The list shows the time of a snippet modified today and the date of an older one; hours and
+// minutes only, also in the C locale, whose short time format has seconds.
+TEST_F(SnippetTest, ListDatesAreTheTimeTodayAndTheDateBefore)
+{
+    const QLocale previous;
+    QLocale::setDefault(QLocale::c());
+    auto snippet = ZDSnippet::create();
+    const QDateTime local = now.toLocalTime();
+    EXPECT_EQ(snippet->localizedDate(), local.toString(QStringLiteral("HH:mm")));
+    EXPECT_TRUE(snippet->localizedFullDate().endsWith(local.toString(QStringLiteral(" HH:mm"))));
+    advance(qint64(3) * 24 * 3600 * 1000);
+    EXPECT_EQ(snippet->localizedDate(), QLocale::c().toString(local.date(), QLocale::ShortFormat));
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
+    EXPECT_EQ(snippet->localizedDate(), local.date().toString(QStringLiteral("dd/MM/yyyy")));
+    QLocale::setDefault(previous);
+}
+
 TEST_F(SnippetTest, EqualityIsIdentityWhileIdenticalComparesContent)
 {
     auto a = ZDSnippet::create(QStringLiteral("One"));
