@@ -4,8 +4,6 @@
 #include "ZDUserDefaults.h"
 
 #include <QBrush>
-#include <QGuiApplication>
-#include <QPalette>
 
 namespace {
 class ThemeRegistry : public ZDThemeRegistry
@@ -71,14 +69,6 @@ std::shared_ptr<const ZDEditorTheme> ZDEditorTheme::currentTheme(const ZDUserDef
     if (auto theme = themeNamed(defaults.editorTheme()))
         return theme;
     return themeNamed(kDefaultThemeName);
-}
-
-bool ZDEditorTheme::isSystemAppearanceDark()
-{
-    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        return false;
-    const QPalette palette = QGuiApplication::palette();
-    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
 const ZDThemeRegistry &ZDEditorTheme::registry()

@@ -75,8 +75,6 @@ public:
     static std::shared_ptr<const ZDEditorTheme> themeNamed(const QString &name);
     /// The theme of the preference "User EditorTheme"; the default theme when it names none.
     static std::shared_ptr<const ZDEditorTheme> currentTheme(const ZDUserDefaults &defaults);
-    /// True when the desktop's palette is dark (light text on a dark window).
-    static bool isSystemAppearanceDark();
     /// Lets the preferences check theme names against this list.
     static const ZDThemeRegistry &registry();
     static void registerWithDefaults(ZDUserDefaults &defaults);
