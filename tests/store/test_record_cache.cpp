@@ -92,6 +92,18 @@ Load load(const ZDTestLibrary &library, bool withCache)
     return result;
 }
 
+// Saves the awkward snippets and `count` ordinary ones into the library; empty on failure.
+ZDSnippetList saveLibrary(ZDTestLibrary &library, int count)
+{
+    ZDSnippetList snippets = awkwardSnippets(library.registry);
+    for (int index = 0; index < count; ++index)
+        snippets << zdTestSnippet(QStringLiteral("snippet %1").arg(index), QStringLiteral("FOLDER"));
+    auto center = library.open();
+    if (!center->addSnippetsFromArray(snippets) || !center->save())
+        return {};
+    return snippets;
+}
+
 void flipByte(const QString &path, qint64 position)
 {
     QFile file(path);
@@ -175,14 +187,8 @@ TEST(RecordCache, DamagedFilesAreRefusedWholeAndDamagedRecordsAlone)
 TEST(RecordCache, LoadingWithTheCacheGivesWhatTheFilesGive)
 {
     ZDTestLibrary library;
-    ZDSnippetList snippets = awkwardSnippets(library.registry);
-    for (int index = 0; index < 40; ++index)
-        snippets << zdTestSnippet(QStringLiteral("snippet %1").arg(index), QStringLiteral("FOLDER"));
-    {
-        auto center = library.open();
-        center->addSnippetsFromArray(snippets);
-        ASSERT_TRUE(center->save());
-    }
+    const ZDSnippetList snippets = saveLibrary(library, 40);
+    ASSERT_FALSE(snippets.isEmpty());
     QFile::copy(snippetPath(library, snippets[2]->UUID() + QStringLiteral(".data")),
                 snippetPath(library, QStringLiteral("COPY.data"))); // two files, one snippet
     QFile broken(snippetPath(library, QStringLiteral("BROKEN.data")));
@@ -251,14 +257,8 @@ TEST(RecordCache, LoadingWithTheCacheGivesWhatTheFilesGive)
 TEST(RecordCache, PartsReadTheirTextsInPlaceAndOutliveTheCacheFile)
 {
     ZDTestLibrary library;
-    ZDSnippetList snippets = awkwardSnippets(library.registry);
-    for (int index = 0; index < 300; ++index)
-        snippets << zdTestSnippet(QStringLiteral("snippet %1").arg(index), QStringLiteral("FOLDER"));
-    {
-        auto center = library.open();
-        center->addSnippetsFromArray(snippets);
-        ASSERT_TRUE(center->save());
-    }
+    const ZDSnippetList snippets = saveLibrary(library, 300);
+    ASSERT_FALSE(snippets.isEmpty());
     const QString cachePath = ZDRecordCache::pathForPackage(library.path);
     ASSERT_TRUE(load(library, true).cacheRewritten);
     const QStringList reference = describe(load(library, false).contents.snippets);
