@@ -1,5 +1,6 @@
 #include "ZDSyntaxHighlightedTextView.h"
 
+#include "ZDCodeDocumentLayout.h"
 #include "ZDDocumentHighlighter.h"
 #include "ZDEditorTheme.h"
 #include "ZDMarkdownCommands.h"
@@ -49,6 +50,10 @@ private:
 ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
     : QPlainTextEdit(parent), m_flashTimer(new QTimer(this)), m_caretTimer(new QTimer(this))
 {
+    auto *codeDocument = new QTextDocument(this);
+    m_layout = new ZDCodeDocumentLayout(codeDocument);
+    codeDocument->setDocumentLayout(m_layout);
+    setDocument(codeDocument);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setCursorWidth(0); // the caret is painted in the theme's colour
     m_gutter = new ZDLineNumberGutter(this);
@@ -124,6 +129,8 @@ void ZDSyntaxHighlightedTextView::reloadDisplaySettings()
         if (editorFont != font())
             setFont(editorFont);
     }
+    if (m_defaults)
+        m_layout->setLineHeightMultiple(m_defaults->editorLineHeightMultiple());
     setLineWrapMode(settings.useSoftWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));

@@ -13,6 +13,7 @@
 #include <memory>
 
 class QTimer;
+class ZDCodeDocumentLayout;
 class ZDDocumentHighlighter;
 class ZDEditorTheme;
 class ZDHighlighter;
@@ -170,6 +171,7 @@ private:
     int m_lastLength = 0;
 
     QWidget *m_gutter = nullptr;
+    ZDCodeDocumentLayout *m_layout = nullptr; // of the view's own document
     QHash<QString, QAction *> m_actions;
     int m_flashedBracket = -1;
     QTimer *m_flashTimer = nullptr;

@@ -67,7 +67,9 @@ void ZDSyntaxHighlightedTextView::paintGutter(QPaintEvent *event)
         QFont numberFont = font();
         numberFont.setBold(block.blockNumber() == current);
         painter.setFont(numberFont);
-        painter.drawText(QRectF(0, bounds.top(), width, fontMetrics().height()),
+        const QTextLine first = block.layout()->lineAt(0); // lines may be spaced apart
+        const qreal top = first.isValid() ? bounds.top() + first.y() : bounds.top();
+        painter.drawText(QRectF(0, top, width, first.isValid() ? first.height() : fontMetrics().height()),
                          Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
     }
 }

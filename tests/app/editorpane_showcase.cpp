@@ -1,7 +1,7 @@
 // Shows the snippet editor pane (or the preferences window) on a sample snippet with a Python
 // and a Markdown part, for looking at the highlighting in a theme. Not a test: run it by hand,
 // e.g. under Xvfb to take screenshots.
-//   editorpane_showcase THEME python|markdown|chooser|empty|preferences[0-3] [SECONDS]
+//   editorpane_showcase THEME python|markdown|chooser|empty|preferences[0-3] [SECONDS [LINE-HEIGHT]]
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
 #include "ZDEditorTheme.h"
@@ -105,6 +105,7 @@ int main(int argc, char *argv[])
     ZDEditorTheme::registerWithDefaults(services.defaults());
     services.defaults().setEditorTheme(themeName);
     services.defaults().setShowNotes(true);
+    services.defaults().setEditorLineHeightMultiple(args.value(4, QStringLiteral("1")).toDouble());
     const auto theme = ZDEditorTheme::currentTheme(services.defaults());
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     if (theme->isDark())

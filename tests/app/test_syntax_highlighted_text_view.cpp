@@ -386,6 +386,38 @@ private Q_SLOTS:
         QCOMPARE(m_view->lineWrapMode(), QPlainTextEdit::NoWrap);
     }
 
+    // The line height preference spaces lines apart; the caret, clicks and edits follow.
+    void lineHeightSpacesTheLines()
+    {
+        m_view->setPlainText(QStringLiteral("first\nsecond\nthird"));
+        m_view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+        const auto caretTop = [this](int block) {
+            QTextCursor cursor(m_view->document()->findBlockByNumber(block));
+            return m_view->cursorRect(cursor).top();
+        };
+        const int natural = caretTop(2) - caretTop(1);
+        QVERIFY(natural > 0);
+
+        m_defaults->setEditorLineHeightMultiple(2.0);
+        QApplication::processEvents();
+        const int spaced = caretTop(2) - caretTop(1);
+        QVERIFY2(qAbs(spaced - 2 * natural) <= 2, qPrintable(QStringLiteral("%1 vs %2").arg(spaced).arg(natural)));
+
+        // A click on the third line lands there; an edit keeps the spacing.
+        QTextCursor third(m_view->document()->findBlockByNumber(2));
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, m_view->cursorRect(third).center());
+        QCOMPARE(m_view->textCursor().blockNumber(), 2);
+        QTest::keyClicks(m_view.get(), QStringLiteral("x"));
+        QTest::keyClick(m_view.get(), Qt::Key_Return);
+        QCOMPARE(m_view->document()->blockCount(), 4);
+        QVERIFY(qAbs(caretTop(3) - caretTop(2) - spaced) <= 1);
+
+        m_defaults->setEditorLineHeightMultiple(1.0);
+        QApplication::processEvents();
+        QVERIFY(qAbs(caretTop(2) - caretTop(1) - natural) <= 1);
+    }
+
     void shortcutsRunTheCommands()
     {
         m_view->show();
