@@ -129,8 +129,12 @@ void ZDSyntaxHighlightedTextView::reloadDisplaySettings()
         if (editorFont != font())
             setFont(editorFont);
     }
-    if (m_defaults)
+    if (m_defaults) {
         m_layout->setLineHeightMultiple(m_defaults->editorLineHeightMultiple());
+        m_layout->setWrapIndentSpaces(settings.useSoftWrap && m_defaults->enableWrapIndent()
+                                          ? m_defaults->wrapIndentSize()
+                                          : 0);
+    }
     setLineWrapMode(settings.useSoftWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));

@@ -1,7 +1,7 @@
 // Shows the snippet editor pane (or the preferences window) on a sample snippet with a Python
 // and a Markdown part, for looking at the highlighting in a theme. Not a test: run it by hand,
 // e.g. under Xvfb to take screenshots.
-//   editorpane_showcase THEME python|markdown|chooser|empty|preferences[0-3] [SECONDS [LINE-HEIGHT]]
+//   editorpane_showcase THEME python|markdown|chooser|empty|preferences[0-3] [SECONDS [LINE-HEIGHT [WRAP-INDENT]]]
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
 #include "ZDEditorTheme.h"
@@ -38,7 +38,7 @@ class Settings:
         self.values = dict(defaults or {})
 
     def load(self):
-        # A missing file keeps the defaults.
+        # A missing file keeps the defaults; a file that cannot be parsed is reported with its path and the line of the error, and the values read so far are kept as they were.
         if self.path.exists():
             self.values.update(json.loads(self.path.read_text("utf-8")))
         return self
@@ -106,6 +106,8 @@ int main(int argc, char *argv[])
     services.defaults().setEditorTheme(themeName);
     services.defaults().setShowNotes(true);
     services.defaults().setEditorLineHeightMultiple(args.value(4, QStringLiteral("1")).toDouble());
+    services.defaults().setEnableWrapIndent(args.size() > 5);
+    services.defaults().setWrapIndentSize(args.value(5, QStringLiteral("4")).toInt());
     const auto theme = ZDEditorTheme::currentTheme(services.defaults());
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     if (theme->isDark())

@@ -418,6 +418,40 @@ private Q_SLOTS:
         QVERIFY(qAbs(caretTop(2) - caretTop(1) - natural) <= 1);
     }
 
+    // Wrapped lines start at their line's indentation plus the preference's spaces; the caret
+    // and clicks follow, and turning it off puts them back at the margin.
+    void wrappedLinesAreIndented()
+    {
+        m_defaults->setUseSoftWrap(true);
+        m_defaults->setWrapIndentSize(4);
+        m_defaults->setEnableWrapIndent(true);
+        m_view->setPlainText(QStringLiteral("  ") + QStringLiteral("word ").repeated(60) + QStringLiteral("\nshort"));
+        m_view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+        const QTextBlock block = m_view->document()->firstBlock();
+        const auto secondLineLeft = [&] {
+            m_view->document()->documentLayout()->blockBoundingRect(block); // places the block's lines
+            const QTextLine second = block.layout()->lineAt(1);
+            QTextCursor cursor(block);
+            cursor.setPosition(block.position() + second.textStart());
+            return std::pair{m_view->cursorRect(cursor).left(), second.textStart()};
+        };
+        QVERIFY(block.layout()->lineCount() > 2);
+        QTextCursor start(block);
+        const int margin = m_view->cursorRect(start).left();
+        const qreal space = QFontMetricsF(m_view->font()).horizontalAdvance(QLatin1Char(' '));
+        const auto [left, textStart] = secondLineLeft();
+        QVERIFY(qAbs(left - margin - 6 * space) <= 2);
+
+        const QRect first = m_view->cursorRect(start);
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, QPoint(left + 1, first.center().y() + first.height()));
+        QCOMPARE(m_view->textCursor().position(), textStart);
+
+        m_defaults->setEnableWrapIndent(false);
+        QApplication::processEvents();
+        QVERIFY(qAbs(secondLineLeft().first - margin) <= 1);
+    }
+
     void shortcutsRunTheCommands()
     {
         m_view->show();
