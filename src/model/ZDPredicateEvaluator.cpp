@@ -208,9 +208,15 @@ struct Comparer
     {
         if (!isString(haystack) || !isString(needle) || needle.toString().isEmpty())
             return false;
-        const QString text = fold(haystack.toString());
-        const QString part = fold(needle.toString());
-        return where == AtStart ? text.startsWith(part) : (where == AtEnd ? text.endsWith(part) : text.contains(part));
+        // Without diacritic folding, Qt's case-insensitive search folds as it compares, where
+        // folding first would copy every haystack (whole snippet contents, for some predicates).
+        const bool diacritics = options & ZDPredicate::DiacriticInsensitive;
+        const QString text = diacritics ? fold(haystack.toString()) : haystack.toString();
+        const QString part = diacritics ? fold(needle.toString()) : needle.toString();
+        const Qt::CaseSensitivity sensitivity =
+            (options & ZDPredicate::CaseInsensitive) && !diacritics ? Qt::CaseInsensitive : Qt::CaseSensitive;
+        return where == AtStart ? text.startsWith(part, sensitivity)
+                                : (where == AtEnd ? text.endsWith(part, sensitivity) : text.contains(part, sensitivity));
     }
 
     bool compare(const QVariant &l, ZDPredicate::Operator op, const QVariant &r) const

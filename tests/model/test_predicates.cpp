@@ -141,6 +141,10 @@ TEST_F(PredicateSnippetTest, SmartGroupKeys)
     EXPECT_TRUE(matches("title CONTAINS[cd] 'resume'"));
     EXPECT_FALSE(matches("title CONTAINS 'resume'"));
     EXPECT_TRUE(matches("title BEGINSWITH[c] 'rÉsumé'"));
+    EXPECT_TRUE(matches("title CONTAINS[c] 'ÉSUMÉ P' AND title ENDSWITH[c] 'PARSER'"));
+    EXPECT_FALSE(matches("title CONTAINS[c] 'esume'")) << "accents count without [d]";
+    EXPECT_TRUE(matches("title ENDSWITH[cd] 'SUME PARSER'"));
+    EXPECT_TRUE(matches("ANY parts.content CONTAINS[c] 'IMPORT JSON'"));
     EXPECT_TRUE(matches("localizedCategory == 'Scripts'"));
     EXPECT_TRUE(matches("ANY tags.title ==[cd] 'cafe'"));
     EXPECT_FALSE(matches("ANY tags.title == 'cafe'"));
