@@ -14,9 +14,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <future>
 #include <cstring>
+#include <future>
 #include <limits>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -8,7 +8,6 @@
 #include <QString>
 
 #include <memory>
-#include <thread>
 #include <vector>
 
 /// A compact copy of a large library's snippets in the user's cache folder, so that loading does
@@ -55,8 +54,8 @@ public:
     Decoder &operator=(const Decoder &) = delete;
 
     /// The snippet of a record; null when the record does not decode whole. The bytes must
-    /// outlive the decoder. With an `owner` that keeps the bytes alive, the parts' contents are
-    /// read in place (ZDSnippetText::borrowed) rather than copied.
+    /// outlive the decoder. With an `owner` that keeps the bytes alive, the parts' notes and
+    /// contents are read in place (ZDSnippetText::borrowed) rather than copied.
     ZDSnippetPtr decode(const char *data, qsizetype size, const std::shared_ptr<const void> &owner = nullptr);
 
 private:
@@ -108,7 +107,7 @@ private:
 
 /// Decodes every record of a cache on background threads from the moment it is made, so that the
 /// work overlaps with listing the package; finish() waits for it, helping on its own thread.
-/// Parts read their contents in place from the image (see Decoder::decode).
+/// Parts read their notes and contents in place from the image (see Decoder::decode).
 class Preload
 {
 public:
