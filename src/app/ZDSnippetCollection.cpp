@@ -55,22 +55,32 @@ ZDSnippetList snippetsForNode(const ZDCategoryNode &node, const ZDSnippetList &s
     return result;
 }
 
+namespace {
+bool sortsByDate(int sortMethod)
+{
+    return sortMethod == SortByDateModified || sortMethod == SortByDateCreated;
+}
+
+// A modification date looks at every part.
+qint64 dateKey(const ZDSnippet &snippet, int sortMethod)
+{
+    return (sortMethod == SortByDateModified ? snippet.canonicalDateModified() : snippet.dateCreated())
+        .toMSecsSinceEpoch();
+}
+} // namespace
+
 void sort(ZDSnippetList &snippets, int sortMethod, int sortOrder)
 {
     const bool ascending = sortOrder == SortOrderAscending;
     std::vector<qsizetype> order(size_t(snippets.size()));
     std::iota(order.begin(), order.end(), 0);
 
-    // Keys are computed once per snippet: a modification date looks at every part, and titles
-    // compare through collation keys.
-    if (sortMethod == SortByDateModified || sortMethod == SortByDateCreated) {
+    // Keys are computed once per snippet; titles compare through collation keys.
+    if (sortsByDate(sortMethod)) {
         std::vector<qint64> keys;
         keys.reserve(order.size());
-        for (const ZDSnippetPtr &snippet : snippets) {
-            const QDateTime date = sortMethod == SortByDateModified ? snippet->canonicalDateModified()
-                                                                    : snippet->dateCreated();
-            keys.push_back(date.toMSecsSinceEpoch());
-        }
+        for (const ZDSnippetPtr &snippet : snippets)
+            keys.push_back(dateKey(*snippet, sortMethod));
         std::stable_sort(order.begin(), order.end(), [&](qsizetype a, qsizetype b) {
             return ascending ? keys[size_t(a)] < keys[size_t(b)] : keys[size_t(a)] > keys[size_t(b)];
         });
@@ -111,20 +121,16 @@ qsizetype sortedRow(const ZDSnippetList &snippets, qsizetype row, const ZDSnippe
         const qsizetype last = point([&](qsizetype i) { return compare(other(i)) <= 0; });
         return std::clamp(row, first, last);
     };
-    const auto ordered = [ascending](auto a, auto b) { return ascending ? (a < b ? -1 : a > b) : (a > b ? -1 : a < b); };
-    if (sortMethod == SortByDateModified || sortMethod == SortByDateCreated) {
-        const auto key = [sortMethod](const ZDSnippet &s) {
-            return (sortMethod == SortByDateModified ? s.canonicalDateModified() : s.dateCreated()).toMSecsSinceEpoch();
-        };
-        const qint64 own = key(snippet);
-        return bounds([&](const ZDSnippet &s) { return ordered(key(s), own); });
+    const auto inOrder = [ascending](int comparison) { return ascending ? comparison : -comparison; };
+    if (sortsByDate(sortMethod)) {
+        const qint64 own = dateKey(snippet, sortMethod);
+        return bounds([&](const ZDSnippet &s) {
+            const qint64 key = dateKey(s, sortMethod);
+            return inOrder(int(key > own) - int(key < own));
+        });
     }
     const QCollator collator = titleCollator();
-    const QCollatorSortKey own = collator.sortKey(snippet.title());
-    return bounds([&](const ZDSnippet &s) {
-        const int c = collator.sortKey(s.title()).compare(own);
-        return ascending ? c : -c;
-    });
+    return bounds([&](const ZDSnippet &s) { return inOrder(collator.compare(s.title(), snippet.title())); });
 }
 
 QCollator titleCollator()

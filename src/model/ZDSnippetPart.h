@@ -35,10 +35,11 @@ public:
     ZDLanguage language() const { return m_language; }
     void setLanguage(const ZDLanguage &language);
     QString note() const { return m_note.toString(); }
+    /// The note without a copy (see contentText).
     const ZDSnippetText &noteText() const { return m_note; }
     void setNote(const QString &note);
     QString content() const { return m_content.toString(); }
-    /// The note and content without a copy: what the search index and the snippet cache read.
+    /// The content without a copy: what the search index and the snippet cache read.
     const ZDSnippetText &contentText() const { return m_content; }
     void setContent(const QString &content);
     QDateTime dateCreated() const { return m_dateCreated; }

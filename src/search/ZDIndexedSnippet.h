@@ -5,7 +5,6 @@
 
 #include <QList>
 #include <QString>
-#include <QStringList>
 
 /// What a snippet's index documents are made of, taken from the snippet on the main thread:
 /// its title and its parts' notes and contents (shared, not copied), so that the index is built

@@ -15,12 +15,11 @@ bool ZDSnippetIndexes::put(const ZDIndexedSnippet &snippet)
     const QString url = ZDIndexedSnippet::documentURL(snippet.UUID);
     const std::shared_ptr<Entry> previous = m_byUUID.value(snippet.UUID);
 
-    auto entry = std::make_shared<Entry>();
-    entry->indexed = snippet;
+    auto entry = std::make_shared<Entry>(Entry{snippet.snippet, snippet.UUID});
     entry->titleID = m_title.addDocument(url, snippet.title);
     entry->fullTextID = m_fullText.addDocument(url, snippet.stringRepresentation());
     if (previous)
-        m_byObject.remove(previous->indexed.snippet.get());
+        m_byObject.remove(previous->snippet.get());
     if (entry->titleID == 0 || entry->fullTextID == 0) {
         // What the indexes hold for it is unknown now; searches then test it directly.
         m_byUUID.remove(snippet.UUID);
@@ -78,12 +77,9 @@ qsizetype ZDSnippetIndexes::build(const QList<ZDIndexedSnippet> &snippets, const
             ++refused;
             continue;
         }
-        auto entry = std::make_shared<Entry>();
-        entry->indexed = snippet;
-        entry->titleID = titleIDs[i];
-        entry->fullTextID = fullTextIDs[i];
+        auto entry = std::make_shared<Entry>(Entry{snippet.snippet, snippet.UUID, titleIDs[i], fullTextIDs[i]});
         if (const std::shared_ptr<Entry> previous = m_byUUID.value(snippet.UUID))
-            m_byObject.remove(previous->indexed.snippet.get());
+            m_byObject.remove(previous->snippet.get());
         m_byUUID.insert(snippet.UUID, entry);
         m_byObject.insert(snippet.snippet.get(), entry.get());
     }
@@ -100,7 +96,7 @@ void ZDSnippetIndexes::remove(const QString &UUID)
     const QString url = ZDIndexedSnippet::documentURL(UUID);
     m_title.removeDocument(url);
     m_fullText.removeDocument(url);
-    m_byObject.remove(previous->indexed.snippet.get());
+    m_byObject.remove(previous->snippet.get());
 }
 
 void ZDSnippetIndexes::distrust(const QString &UUID)
@@ -108,7 +104,7 @@ void ZDSnippetIndexes::distrust(const QString &UUID)
     std::lock_guard lock(m_mutex);
     if (const std::shared_ptr<Entry> entry = m_byUUID.value(UUID)) {
         ++m_revision;
-        m_byObject.remove(entry->indexed.snippet.get());
+        m_byObject.remove(entry->snippet.get());
     }
 }
 
@@ -138,5 +134,5 @@ void ZDSnippetIndexes::compact(ZDFullTextIndex &index, qint64 Entry::*id)
     ++m_revision;
     index.compact();
     for (const std::shared_ptr<Entry> &entry : std::as_const(m_byUUID))
-        entry.get()->*id = index.documentID(ZDIndexedSnippet::documentURL(entry->indexed.UUID));
+        entry.get()->*id = index.documentID(ZDIndexedSnippet::documentURL(entry->UUID));
 }

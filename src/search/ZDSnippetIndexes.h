@@ -12,7 +12,7 @@
 
 /// The search engine's two indexes over the library's snippets, built and replaced together:
 /// "TitleSnippetsIndex" over each title and "FullTextSnippetIndex" over each full text, plus
-/// what every snippet was indexed from. Writes come from the engine's queue; a search holds
+/// which snippet object each document stands for. Writes come from the engine's queue; a search holds
 /// `lock()` while it reads.
 class ZDSnippetIndexes
 {
@@ -22,9 +22,11 @@ public:
     /// An index is compacted once this many document numbers have been freed.
     static constexpr qint64 compactionThreshold = 101;
 
+    /// A snippet the indexes hold. Its texts are not kept: the indexes hold them folded.
     struct Entry
     {
-        ZDIndexedSnippet indexed;
+        ZDSnippetPtr snippet; // kept alive, so that its address names no other snippet
+        QString UUID;
         qint64 titleID = 0;
         qint64 fullTextID = 0;
     };

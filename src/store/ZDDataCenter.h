@@ -22,6 +22,9 @@ class ZDOutdatedVersionResponder;
 class ZDPackageWatcher;
 class ZDUserDefaults;
 class ZDWriteScheduler;
+namespace ZDRecordCache {
+class Preload;
+}
 
 /// The library store: owns the in-memory library (snippets, folder tree, shortcuts, smart
 /// groups, tags) of one package on disk, applies every mutation to the lists and to the
@@ -38,10 +41,6 @@ class ZDWriteScheduler;
 /// our unwritten edits on top, so neither side's changes are lost.
 ///
 /// Also the records' directory (tag list, folder titles, default languages) while installed.
-namespace ZDRecordCache {
-class Preload;
-}
-
 class ZDDataCenter : public QObject, public ZDRecordDirectory
 {
     Q_OBJECT

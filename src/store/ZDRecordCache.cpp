@@ -17,6 +17,7 @@
 #include <cstring>
 #include <future>
 #include <limits>
+#include <optional>
 #include <thread>
 
 #include <fcntl.h>
@@ -157,49 +158,51 @@ public:
         return milliseconds == kNoDate ? QDateTime() : QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
     }
 
-    /// The characters of an encoded string, in place; empty when null or malformed.
-    static ZDSnippetText borrowedText(QByteArrayView raw, const std::shared_ptr<const void> &owner)
+    /// The characters of an encoded string, where it lies; none for a null or malformed one.
+    struct Characters
     {
-        if (raw.size() <= qsizetype(sizeof(quint32)))
-            return {};
+        const char *data = nullptr;
+        qsizetype length = 0;
+        bool utf16 = false;
+    };
+    static std::optional<Characters> charactersOf(QByteArrayView raw)
+    {
+        if (raw.size() < qsizetype(sizeof(quint32)))
+            return std::nullopt;
         quint32 word;
         std::memcpy(&word, raw.data(), sizeof(word));
-        const char *characters = raw.data() + sizeof(word);
-        const qsizetype bytes = raw.size() - qsizetype(sizeof(word));
-        if (word & kUtf16Flag) {
-            const qsizetype length = qsizetype(word & ~kUtf16Flag);
-            if (length * qsizetype(sizeof(QChar)) != bytes)
-                return {};
-            return ZDSnippetText::borrowed(owner, characters, length, ZDSnippetText::Encoding::Utf16);
-        }
-        if (qsizetype(word) != bytes)
-            return {};
-        return ZDSnippetText::borrowed(owner, characters, bytes, ZDSnippetText::Encoding::Latin1);
+        if (word == kNullString)
+            return std::nullopt;
+        const bool utf16 = word & kUtf16Flag;
+        const qsizetype length = qsizetype(word & ~kUtf16Flag);
+        if (length * (utf16 ? qsizetype(sizeof(QChar)) : 1) != raw.size() - qsizetype(sizeof(word)))
+            return std::nullopt;
+        return Characters{raw.data() + sizeof(word), length, utf16};
     }
 
     static QString decodeString(QByteArrayView raw)
     {
-        if (raw.size() < qsizetype(sizeof(quint32)))
+        const std::optional<Characters> characters = charactersOf(raw);
+        if (!characters)
             return {};
-        quint32 word;
-        std::memcpy(&word, raw.data(), sizeof(word));
-        const char *characters = raw.data() + sizeof(word);
-        const qsizetype bytes = raw.size() - qsizetype(sizeof(word));
-        if (word == kNullString)
-            return {};
-        if (word == 0)
+        if (characters->length == 0)
             return emptyString();
-        if (word & kUtf16Flag) {
-            const qsizetype length = qsizetype(word & ~kUtf16Flag);
-            if (length * qsizetype(sizeof(QChar)) != bytes)
-                return {};
-            QString string(length, Qt::Uninitialized);
-            std::memcpy(string.data(), characters, size_t(length) * sizeof(QChar));
-            return string;
-        }
-        if (qsizetype(word) != bytes)
+        if (!characters->utf16)
+            return QString::fromLatin1(characters->data, characters->length);
+        QString string(characters->length, Qt::Uninitialized);
+        std::memcpy(string.data(), characters->data, size_t(characters->length) * sizeof(QChar));
+        return string;
+    }
+
+    /// The string in place, kept alive by `owner`; empty when null or malformed.
+    static ZDSnippetText borrowedText(QByteArrayView raw, const std::shared_ptr<const void> &owner)
+    {
+        const std::optional<Characters> characters = charactersOf(raw);
+        if (!characters)
             return {};
-        return QString::fromLatin1(characters, bytes);
+        return ZDSnippetText::borrowed(owner, characters->data, characters->length,
+                                       characters->utf16 ? ZDSnippetText::Encoding::Utf16
+                                                         : ZDSnippetText::Encoding::Latin1);
     }
 
 private:
@@ -287,6 +290,10 @@ Decoder::~Decoder() = default;
 
 ZDSnippetPtr Decoder::decode(const char *data, qsizetype size, const std::shared_ptr<const void> &owner)
 {
+    // Notes and contents, the bulk of a record, are read in place when the bytes have an owner.
+    const auto text = [&owner](QByteArrayView raw) {
+        return owner ? Cursor::borrowedText(raw, owner) : ZDSnippetText(Cursor::decodeString(raw));
+    };
     Cursor in(data, size);
     const QString title = in.string();
     const QByteArrayView rawUUID = in.rawString();
@@ -313,11 +320,8 @@ ZDSnippetPtr Decoder::decode(const char *data, qsizetype size, const std::shared
         const QString partTitle = d->shared(in.rawString());
         const QString partUUID = in.string();
         const QByteArrayView rawLanguage = in.rawString();
-        const QByteArrayView rawNote = in.rawString();
-        ZDSnippetText note = owner ? Cursor::borrowedText(rawNote, owner) : ZDSnippetText(Cursor::decodeString(rawNote));
-        const QByteArrayView rawContent = in.rawString();
-        ZDSnippetText content = owner ? Cursor::borrowedText(rawContent, owner)
-                                      : ZDSnippetText(Cursor::decodeString(rawContent));
+        ZDSnippetText note = text(in.rawString());
+        ZDSnippetText content = text(in.rawString());
         const QByteArrayView rawOwner = in.rawString();
         // A part names its snippet; the same string is kept once.
         const QString partOwner = rawOwner == rawUUID ? UUID : Cursor::decodeString(rawOwner);
