@@ -1,0 +1,1 @@
+zd_add_test(test_app_single_instance QTEST SOURCES test_single_instance.cpp LIBS zdplatform)

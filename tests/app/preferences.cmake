@@ -1,0 +1,1 @@
+zd_add_test(test_app_preferences QTEST SOURCES test_preferences_window.cpp LIBS zdpreferences zdeditor zdprefs)
