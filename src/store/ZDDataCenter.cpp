@@ -6,9 +6,7 @@
 #include "ZDLogger.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDPackageFormat.h"
-#include "ZDPackageWatcher.h"
-#include "ZDRecordCache.h"
-#include "ZDRecordArchive.h"
+#include "ZDPackageStorage.h"
 #include "ZDSnippet.h"
 #include "ZDStoreErrors.h"
 #include "ZDTag.h"
@@ -17,52 +15,41 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QSet>
 #include <QStandardPaths>
 #include <QTimer>
 
 #include <algorithm>
 #include <atomic>
-#include <optional>
 
 namespace {
 std::atomic<ZDDataCenter *> s_defaultCenter{nullptr};
 } // namespace
-
-// Puts our unwritten edits on top of `onDisk` and makes it the tree.
-void zdMergeUnwrittenEdits(ZDPackageTree &tree, ZDPackageTree &&onDisk, const QSet<QString> &dirtyPaths)
-{
-    for (const QString &path : dirtyPaths) {
-        if (tree.isFile(path))
-            onDisk.setFile(path, tree.fileContents(path));
-        else if (tree.isDirectory(path))
-            onDisk.makeDirectory(path);
-        else
-            onDisk.remove(path);
-    }
-    tree = std::move(onDisk);
-}
 
 ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), d(std::make_unique<Private>())
 {
     d->options = std::move(options);
     d->defaults = d->options.defaults ? d->options.defaults : ZDUserDefaults::standardUserDefaults();
     d->notifier = d->options.notifier ? d->options.notifier : &ZDMulticastDelegateHandler::globalHandler();
-    d->scheduler = std::make_unique<ZDWriteScheduler>([this] { return writeOnQueue(); },
-                                                      std::move(d->options.writeTimer), this);
 
-    const QString path = d->options.packagePath;
-    d->packageOnDisk = QFileInfo(path).isDir();
-    // The snippet cache is decoded while the package is listed.
-    std::optional<ZDRecordCache::Preload> preload;
-    if (const QString cachePath = recordCachePath(); !cachePath.isEmpty() && QFileInfo::exists(cachePath))
-        preload.emplace(cachePath);
-    auto tree = std::make_unique<ZDPackageTree>();
-    QString stamp;
+    ZDLibraryPackage::Options packageOptions;
+    packageOptions.packagePath = d->options.packagePath;
+    packageOptions.outdatedVersionResponder = d->options.outdatedVersionResponder;
+    packageOptions.writeTimer = std::move(d->options.writeTimer);
+    packageOptions.recordCacheMinimumSnippets = d->options.recordCacheMinimumSnippets;
+    // A child of the store, so that it goes with the store when the store changes threads.
+    d->package = std::make_unique<ZDLibraryPackage>(std::move(packageOptions), this);
+    connect(d->package.get(), &ZDLibraryPackage::writeFinished, this,
+            [this](bool written, const ZDError &error, bool tookInOtherWrites) {
+                if (!written)
+                    presentError(error);
+                if (tookInOtherWrites)
+                    reloadFromTree();
+                Q_EMIT libraryWritten(written);
+            });
+
+    ZDLibraryContents contents;
     ZDError readError;
-    if (!ZDPackageStorage::readPackage(path, tree.get(), d->options.outdatedVersionResponder,
-                                       &d->outdatedVersionPrompted, &stamp, &readError,
-                                       ZDPackageTree::Contents::OnDemand)) {
+    if (!d->package->load(&contents, &readError)) {
         d->loadError = ZDStoreErrors::libraryLoadFailed(readError);
         zdLog(ZDLogLevel::Error, ZDLogDomain::Library,
               QStringLiteral("An error occurred when initializing data center: %1").arg(d->loadError.toString()));
@@ -71,26 +58,21 @@ ZDDataCenter::ZDDataCenter(Options options, QObject *parent) : QObject(parent), 
             QTimer::singleShot(1000, this, [this] { d->options.errorPresenter(d->loadError); });
         }
     } else {
-        d->stamps.setStamp(stamp);
-        takeContents(readContents(*tree, preload ? &*preload : nullptr));
-        d->tree = std::move(tree);
-        d->hasTree = true;
+        takeContents(std::move(contents));
         if (d->options.repairOnLoad)
             repairInternalInconsistencyIfNeeded();
     }
 
-    if (d->options.watchForExternalChanges && !path.isEmpty()) {
-        // A child of the store, so that it goes with the store when the store changes threads.
-        d->watcher = std::make_unique<ZDPackageWatcher>(path, d->stamps, d->options.watcherSettleDelayMs, this);
-        connect(d->watcher.get(), &ZDPackageWatcher::changedBySomeoneElse, this,
+    if (d->options.watchForExternalChanges) {
+        d->package->watchForExternalChanges(d->options.watcherSettleDelayMs);
+        connect(d->package.get(), &ZDLibraryPackage::changedBySomeoneElse, this,
                 [this] { updateDataWithLatestPackageWrapper(); });
     }
 }
 
 ZDDataCenter::~ZDDataCenter()
 {
-    d->watcher.reset();
-    d->scheduler.reset(); // runs what is queued, writes included
+    d->package.reset(); // runs what is queued, writes included
     if (s_defaultCenter.load() == this)
         install(nullptr);
 }
@@ -121,7 +103,7 @@ bool ZDDataCenter::hasValidLibrary()
 
 bool ZDDataCenter::dataCenterHasValidLibrary() const
 {
-    return d->hasTree;
+    return d->package->hasTree();
 }
 
 ZDError ZDDataCenter::loadError() const
@@ -297,5 +279,5 @@ QString ZDDataCenter::defaultLanguageIdentifierForFolderUUID(const QString &UUID
 
 ZDWriteScheduler &ZDDataCenter::writeScheduler()
 {
-    return *d->scheduler;
+    return d->package->writeScheduler();
 }

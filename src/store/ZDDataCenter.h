@@ -207,19 +207,14 @@ Q_SIGNALS:
 
 private:
     struct Private;
-    bool writeOnQueue();
     void takeContents(ZDLibraryContents &&contents);
     void updateFolderTables();
     bool refuseWithoutTree(int code, ZDError *error);
-    /// Queues an edit of the tree that touches `paths`.
+    /// Queues an edit of the package tree that touches `paths`.
     void enqueueEdit(const QStringList &paths, std::function<void(ZDPackageTree &)> edit);
+    /// Takes in the records of the package tree as it is now; posts the library-changed notice.
     void reloadFromTree();
     void presentError(const ZDError &error);
-    /// Where the snippet cache of this library lives; empty when it has none.
-    QString recordCachePath() const;
-    /// The records of `tree`, through the snippet cache when the library has one. A `preload`
-    /// of the cache started before the tree was read saves waiting for its decoding.
-    ZDLibraryContents readContents(const ZDPackageTree &tree, ZDRecordCache::Preload *preload = nullptr) const;
 
     std::unique_ptr<Private> d;
 };

@@ -14,7 +14,6 @@
 #include "ZDSnippet.h"
 #include "ZDStoreErrors.h"
 #include "ZDTag.h"
-#include "ZDWriteScheduler.h"
 
 #include <QSet>
 
@@ -45,7 +44,7 @@ QStringList pathsOf(const QList<SnippetFile> &files)
 
 bool ZDDataCenter::refuseWithoutTree(int code, ZDError *error)
 {
-    if (d->hasTree)
+    if (d->package->hasTree())
         return false;
     const ZDError refusal = ZDStoreErrors::mutationWithoutLibrary(code);
     presentError(refusal);
@@ -55,13 +54,7 @@ bool ZDDataCenter::refuseWithoutTree(int code, ZDError *error)
 
 void ZDDataCenter::enqueueEdit(const QStringList &paths, std::function<void(ZDPackageTree &)> edit)
 {
-    d->scheduler->enqueuePackageEdit([this, paths, edit = std::move(edit)] {
-        if (!d->tree)
-            return;
-        edit(*d->tree);
-        for (const QString &path : paths)
-            d->dirtyPaths.insert(path);
-    });
+    d->package->enqueueEdit(paths, std::move(edit));
 }
 
 bool ZDDataCenter::addSnippet(const ZDSnippetPtr &snippet, ZDError *error)

@@ -1,6 +1,9 @@
 #include "ZDLibraryRepair.h"
 
+#include "ZDAnalytics.h"
 #include "ZDCategoryNode.h"
+#include "ZDDataCenter.h"
+#include "ZDLogger.h"
 #include "ZDSnippet.h"
 #include "ZDTag.h"
 
@@ -98,4 +101,30 @@ QList<ZDCategoryNodePtr> ZDLibraryRepair::remainingShortcuts(const Report &repor
             kept << shortcut;
     }
     return kept;
+}
+
+ZDLibraryRepair::Report ZDLibraryRepair::inspect(const ZDDataCenter &center)
+{
+    return inspect(center.snippets(), center.tags(), center.folderTitles(), center.shortcutNodes());
+}
+
+ZDLibraryRepair::Report ZDLibraryRepair::repair(ZDDataCenter &center)
+{
+    const Report report = inspect(center);
+    if (report.isEmpty())
+        return report;
+    const ZDSnippetList changed = applyToSnippets(report, center.snippets());
+    if (!changed.isEmpty())
+        center.setSnippetsUpdated(changed);
+    if (report.removedShortcutCount() > 0)
+        center.setShortcutNodes(remainingShortcuts(report, center.shortcutNodes()));
+
+    const QVariantMap properties = report.analyticsProperties();
+    zdReportEvent(QStringLiteral("LibraryRepair"), properties);
+    QStringList description;
+    for (auto it = properties.cbegin(); it != properties.cend(); ++it)
+        description << QStringLiteral("%1 = %2;").arg(it.key(), it.value().toString());
+    zdLog(ZDLogLevel::Warning, ZDLogDomain::Library,
+          QStringLiteral("Library repaired. {%1}").arg(description.join(QLatin1Char(' '))));
+    return report;
 }

@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
+class ZDDataCenter;
+
 /// The repair pass over a loaded library: snippets filed in folders that no longer exist go to
 /// Uncategorized, tag UUIDs that name no tag are dropped, shortcuts to unknown folders are
 /// removed. Planning is apart from applying so that a check can report what a repair would do.
@@ -44,5 +46,12 @@ Report inspect(const ZDSnippetList &snippets, const ZDTagList &tags,
 ZDSnippetList applyToSnippets(const Report &report, const ZDSnippetList &snippets);
 /// The shortcut list without the removed shortcuts.
 QList<ZDCategoryNodePtr> remainingShortcuts(const Report &report, const QList<ZDCategoryNodePtr> &shortcutNodes);
+
+/// What the pass would change in the library of `center` now.
+Report inspect(const ZDDataCenter &center);
+/// Runs the pass on the library of `center`. The fixes go through the store's ordinary setters,
+/// so they are saved like any edit; a pass that fixed anything is reported (the "LibraryRepair"
+/// event and a warning in the log).
+Report repair(ZDDataCenter &center);
 
 } // namespace ZDLibraryRepair

@@ -20,6 +20,9 @@ struct ZDPackageNode;
 /// the tree does not hold.
 ///
 /// A tree is not thread-safe: the store confines it to its file-system queue.
+///
+/// The edits and lookups are in ZDPackageTree.cpp; reading and writing directories (and reading
+/// the bytes of files read on demand) in ZDPackageTreeDisk.cpp.
 class ZDPackageTree
 {
 public:
