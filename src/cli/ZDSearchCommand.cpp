@@ -90,7 +90,7 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
 
     const bool fullText = !(args.isSet(titleOnly) || context.defaults.searchScopeTitleOnly());
     const bool fuzzy = !args.isSet(exact) && context.defaults.searchUsesFuzzy();
-    const bool matchesCase = args.isSet(matchCase) || !context.defaults.searchIngoresCase();
+    const bool matchesCase = args.isSet(matchCase) || !context.defaults.searchIgnoresCase();
 
     ZDSearchEngine engine([&center] { return center.snippets(); });
     if (!keyword.isEmpty()) {
