@@ -1,20 +1,35 @@
 #include "ZDCli.h"
 
+#include "ZDAddCommand.h"
+#include "ZDCheckCommand.h"
 #include "ZDCliCommand.h"
-#include "ZDHighlightCommands.h"
+#include "ZDCompleteCommand.h"
+#include "ZDCreateCommand.h"
+#include "ZDFolderCommand.h"
+#include "ZDHighlightCommand.h"
 #include "ZDLanguagesCommand.h"
+#include "ZDListCommand.h"
+#include "ZDMarkdownCommand.h"
 #include "ZDPrefsCommand.h"
+#include "ZDRemoveCommand.h"
 #include "ZDResources.h"
-#include "ZDSearchCommands.h"
-#include "ZDStoreCommands.h"
+#include "ZDSearchCommand.h"
+#include "ZDShowCommand.h"
 
-ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages) : m_defaults(defaults), m_languages(languages)
+ZDCli::ZDCli(ZDUserDefaults &defaults, ZDLanguageRegistry &languages)
+    : m_defaults(defaults), m_languages(languages)
 {
     m_commands.push_back(std::make_unique<ZDPrefsCommand>());
     m_commands.push_back(std::make_unique<ZDLanguagesCommand>());
     m_commands.push_back(std::make_unique<ZDHighlightCommand>());
     m_commands.push_back(std::make_unique<ZDMarkdownCommand>());
-    zdAddStoreCommands(m_commands);
+    m_commands.push_back(std::make_unique<ZDCreateCommand>());
+    m_commands.push_back(std::make_unique<ZDAddCommand>());
+    m_commands.push_back(std::make_unique<ZDListCommand>());
+    m_commands.push_back(std::make_unique<ZDShowCommand>());
+    m_commands.push_back(std::make_unique<ZDRemoveCommand>());
+    m_commands.push_back(std::make_unique<ZDFolderCommand>());
+    m_commands.push_back(std::make_unique<ZDCheckCommand>());
     m_commands.push_back(std::make_unique<ZDSearchCommand>());
     m_commands.push_back(std::make_unique<ZDCompleteCommand>());
 }
@@ -53,8 +68,8 @@ int ZDCli::run(const QStringList &arguments, QTextStream &out, QTextStream &err,
         }
     }
 
-    if (rest.isEmpty() || rest.first() == QLatin1String("--help") || rest.first() == QLatin1String("-h")
-        || rest.first() == QLatin1String("help")) {
+    if (rest.isEmpty() || rest.first() == QLatin1String("--help") || rest.first() == QLatin1String("-h") ||
+        rest.first() == QLatin1String("help")) {
         printHelp(out);
         return rest.isEmpty() ? 2 : 0;
     }

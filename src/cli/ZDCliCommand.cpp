@@ -1,7 +1,5 @@
 #include "ZDCliCommand.h"
 
-#include <QCommandLineParser>
-
 int ZDCliContext::fail(const ZDError &error) const
 {
     err << "zandrio-cli: " << error.description();
@@ -17,16 +15,4 @@ int ZDCliContext::usage(const QString &message) const
 {
     err << "zandrio-cli: " << message << Qt::endl;
     return 2;
-}
-
-bool ZDCliCommand::parse(QCommandLineParser &parser, ZDCliContext &context, const QString &commandName,
-                         const QStringList &arguments, int *status)
-{
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsOptions);
-    if (!parser.parse(QStringList{commandName} + arguments)) {
-        *status = context.usage(parser.errorText());
-        return false;
-    }
-    return true;
 }

@@ -5,7 +5,6 @@
 #include <QStringList>
 #include <QTextStream>
 
-class QCommandLineParser;
 class ZDLanguageRegistry;
 class ZDUserDefaults;
 
@@ -35,11 +34,6 @@ public:
     virtual ~ZDCliCommand() = default;
     virtual QString name() const = 0;
     virtual QString summary() const = 0;
-    /// `arguments` are the command's own, after its name.
+    /// `arguments` are the command's own, after its name; ZDCliArguments parses them.
     virtual int run(ZDCliContext &context, const QStringList &arguments) = 0;
-
-protected:
-    /// Parses the arguments with the options the command added; prints usage problems.
-    static bool parse(QCommandLineParser &parser, ZDCliContext &context, const QString &commandName,
-                      const QStringList &arguments, int *status);
 };

@@ -1,15 +1,11 @@
 #include "ZDCliLibrary.h"
 
 #include "ZDCategoryNode.h"
+#include "ZDCliArguments.h"
 #include "ZDLanguageRegistry.h"
 #include "ZDSnippet.h"
+#include "ZDTag.h"
 #include "ZDUserDefaults.h"
-
-QCommandLineOption ZDCliLibrary::continueAnywayOption()
-{
-    return QCommandLineOption(QStringLiteral("continue-anyway"),
-                              QStringLiteral("open a library written by a newer version"));
-}
 
 QString ZDCliLibrary::resolvePath(const ZDCliContext &context, ZDError *error)
 {
@@ -21,8 +17,8 @@ QString ZDCliLibrary::resolvePath(const ZDCliContext &context, ZDError *error)
     return ZDDataCenter::defaultLocalPackagePath(error);
 }
 
-ZDCliLibrary::ZDCliLibrary(ZDCliContext &context, bool continueAnyway, bool repairOnLoad)
-    : m_context(context), m_responder(continueAnyway), m_repairOnLoad(repairOnLoad)
+ZDCliLibrary::ZDCliLibrary(const ZDCliArguments &arguments, bool repairOnLoad)
+    : m_context(arguments.context()), m_responder(arguments.continueAnyway()), m_repairOnLoad(repairOnLoad)
 {
 }
 
@@ -94,10 +90,22 @@ QString ZDCliLibrary::folderUUIDNamed(const QString &nameOrUUID) const
     return {};
 }
 
+ZDTagPtr ZDCliLibrary::tagNamed(ZDTagList &tags, const QString &name, bool create)
+{
+    for (const ZDTagPtr &tag : tags) {
+        if (ZDTag::isTagNameEquivalentToName(tag->title(), name))
+            return tag;
+    }
+    if (!create)
+        return nullptr;
+    tags << ZDTag::create(name);
+    return tags.last();
+}
+
 int zdFailLoad(const ZDCliContext &context, const ZDError &error)
 {
     const QString detail = error.recoverySuggestion().trimmed();
-    return context.fail(ZDError(error.code(),
-                                detail.isEmpty() ? error.description()
-                                                 : QStringLiteral("%1: %2").arg(error.description(), detail)));
+    return context.fail(
+        ZDError(error.code(), detail.isEmpty() ? error.description()
+                                               : QStringLiteral("%1: %2").arg(error.description(), detail)));
 }

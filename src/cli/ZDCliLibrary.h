@@ -4,10 +4,9 @@
 #include "ZDDataCenter.h"
 #include "ZDOutdatedVersionResponder.h"
 
-#include <QCommandLineOption>
-
 #include <memory>
 
+class ZDCliArguments;
 class ZDLanguageRegistry;
 
 /// A library opened for one command: the store over the package given with --library (else the
@@ -15,16 +14,17 @@ class ZDLanguageRegistry;
 /// the command's lifetime.
 ///
 /// A library written by a newer version is refused unless the command was given
-/// --continue-anyway. A library that could not be read is never written.
+/// --continue-anyway. A library that could not be read is never written. A command that changes
+/// the library saves before it returns.
 class ZDCliLibrary
 {
 public:
-    static QCommandLineOption continueAnywayOption();
     /// The package the command works on: --library, else the application's choice, else the
     /// default location.
     static QString resolvePath(const ZDCliContext &context, ZDError *error = nullptr);
 
-    ZDCliLibrary(ZDCliContext &context, bool continueAnyway, bool repairOnLoad = true);
+    /// The library of the command whose arguments these are; --continue-anyway as they say.
+    explicit ZDCliLibrary(const ZDCliArguments &arguments, bool repairOnLoad = true);
     ~ZDCliLibrary();
 
     /// False (with the error printed) when the library could not be opened.
@@ -38,6 +38,9 @@ public:
     /// The folder (at any depth) titled `nameOrUUID` or with that UUID, or the predefined
     /// Uncategorized folder by its UUID or title; empty when there is none.
     QString folderUUIDNamed(const QString &nameOrUUID) const;
+    /// The tag in `tags` named `name` (by the library's name equivalence); when there is none and
+    /// `create` is set, a new tag appended to `tags`, else null.
+    static ZDTagPtr tagNamed(ZDTagList &tags, const QString &name, bool create);
 
 private:
     ZDCliContext &m_context;

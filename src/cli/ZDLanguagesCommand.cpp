@@ -1,42 +1,38 @@
 #include "ZDLanguagesCommand.h"
 
+#include "ZDCliArguments.h"
 #include "ZDLanguageRegistry.h"
 
-#include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 int ZDLanguagesCommand::run(ZDCliContext &context, const QStringList &arguments)
 {
-    QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
     const QCommandLineOption guess(QStringLiteral("guess"));
     const QCommandLineOption nameOption(QStringLiteral("name"), {}, QStringLiteral("NAME"));
     const QCommandLineOption extension(QStringLiteral("extension"), {}, QStringLiteral("EXT"));
     const QCommandLineOption uti(QStringLiteral("uti"), {}, QStringLiteral("UTI"));
-    parser.addOptions({json, guess, nameOption, extension, uti});
+    ZDCliArguments args(context, name(), {guess, nameOption, extension, uti}, ZDCliArguments::Json);
     int status = 0;
-    if (!parse(parser, context, name(), arguments, &status))
+    if (!args.parse(arguments, 0, 0, QStringLiteral("languages takes no arguments"), &status))
         return status;
-    if (!parser.positionalArguments().isEmpty())
-        return context.usage(QStringLiteral("languages takes no arguments"));
 
     const QList<ZDLanguage> languages = context.languages.availableLanguages();
     if (const ZDError error = context.languages.loadError(); !error.isNull())
         return context.fail(error);
 
-    if (parser.isSet(guess)) {
-        if (!parser.isSet(nameOption) && !parser.isSet(extension) && !parser.isSet(uti))
+    if (args.isSet(guess)) {
+        if (!args.isSet(nameOption) && !args.isSet(extension) && !args.isSet(uti))
             return context.usage(QStringLiteral("--guess needs --name, --extension or --uti"));
         const QList<ZDLanguage> guessed = context.languages.languagesFromLanguageName(
-            parser.value(nameOption), parser.value(extension), parser.value(uti));
+            args.value(nameOption), args.value(extension), args.value(uti));
         for (const ZDLanguage &language : guessed)
             context.out << language.identifier() << "\n";
         return 0;
     }
 
-    if (parser.isSet(json)) {
+    if (args.json()) {
         QJsonArray array;
         for (const ZDLanguage &language : languages) {
             array.append(QJsonObject{

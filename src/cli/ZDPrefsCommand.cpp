@@ -1,17 +1,14 @@
 #include "ZDPrefsCommand.h"
 
+#include "ZDCliArguments.h"
 #include "ZDUserDefaults.h"
-
-#include <QCommandLineParser>
 
 int ZDPrefsCommand::run(ZDCliContext &context, const QStringList &arguments)
 {
-    QCommandLineParser parser;
+    ZDCliArguments args(context, name(), {});
     int status = 0;
-    if (!parse(parser, context, name(), arguments, &status))
+    if (!args.parse(arguments, 0, 0, QStringLiteral("prefs takes no arguments"), &status))
         return status;
-    if (!parser.positionalArguments().isEmpty())
-        return context.usage(QStringLiteral("prefs takes no arguments"));
     const QMap<QString, QString> snapshot = context.defaults.allPreferences();
     for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
         context.out << it.key() << " = " << it.value() << "\n";

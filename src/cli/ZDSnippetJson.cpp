@@ -5,6 +5,8 @@
 #include "ZDTag.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
+#include <QTextStream>
 
 namespace {
 QJsonValue nullable(const QString &value)
@@ -25,8 +27,9 @@ QJsonObject ZDSnippetJson::object(const ZDSnippet &snippet, const QHash<QString,
 {
     QJsonArray tagNames;
     for (const QString &tagUUID : snippet.tagUUIDs()) {
-        const auto tag = std::find_if(tags.cbegin(), tags.cend(),
-                                      [&tagUUID](const ZDTagPtr &candidate) { return candidate->UUID() == tagUUID; });
+        const auto tag = std::find_if(tags.cbegin(), tags.cend(), [&tagUUID](const ZDTagPtr &candidate) {
+            return candidate->UUID() == tagUUID;
+        });
         if (tag != tags.cend())
             tagNames.append((*tag)->title());
     }
@@ -47,7 +50,8 @@ QJsonObject ZDSnippetJson::object(const ZDSnippet &snippet, const QHash<QString,
         {QStringLiteral("uuid"), snippet.UUID()},
         {QStringLiteral("title"), snippet.title()},
         {QStringLiteral("folderUUID"), snippet.folderUUID()},
-        {QStringLiteral("folder"), folder == folderTitles.cend() ? QJsonValue(QJsonValue::Null) : QJsonValue(*folder)},
+        {QStringLiteral("folder"),
+         folder == folderTitles.cend() ? QJsonValue(QJsonValue::Null) : QJsonValue(*folder)},
         {QStringLiteral("tagUUIDs"), QJsonArray::fromStringList(snippet.tagUUIDs())},
         {QStringLiteral("tags"), tagNames},
         {QStringLiteral("dateCreated"), date(snippet.dateCreated())},
@@ -62,4 +66,11 @@ QJsonObject ZDSnippetJson::object(const ZDSnippet &snippet, const QHash<QString,
 QJsonObject ZDSnippetJson::object(const ZDSnippet &snippet, const ZDDataCenter &center)
 {
     return object(snippet, center.folderTitles(), center.tags());
+}
+
+void ZDSnippetJson::print(QTextStream &out, const QJsonValue &value)
+{
+    const QJsonDocument document =
+        value.isArray() ? QJsonDocument(value.toArray()) : QJsonDocument(value.toObject());
+    out << QString::fromUtf8(document.toJson(QJsonDocument::Indented));
 }

@@ -1,6 +1,7 @@
 #include "ZDPredicate.h"
 
 #include "ZDPredicateLexer.h"
+#include "ZDPredicateValue.h"
 
 #include <QSet>
 
@@ -11,25 +12,16 @@
 
 namespace {
 
-bool isNumber(const QVariant &value)
-{
-    switch (value.typeId()) {
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-    case QMetaType::Float:
-        return true;
-    default:
-        return false;
-    }
-}
+using ZDPredicateValue::isBoolean;
+using ZDPredicateValue::isNumber;
 
 bool sameConstant(const QVariant &a, const QVariant &b)
 {
     if (!a.isValid() || !b.isValid())
         return a.isValid() == b.isValid();
+    // YES prints apart from 1, so the two are different constants though they compare equal.
+    if (isBoolean(a) != isBoolean(b))
+        return false;
     if (isNumber(a) && isNumber(b)) {
         const double x = a.toDouble();
         const double y = b.toDouble();
@@ -155,7 +147,8 @@ QString ZDExpression::format() const
     case Constant:
         if (!constant.isValid())
             return QStringLiteral("nil");
-        if (constant.typeId() == QMetaType::Bool)
+        // Before the numbers, which booleans are among.
+        if (isBoolean(constant))
             return constant.toBool() ? QStringLiteral("YES") : QStringLiteral("NO");
         if (isNumber(constant))
             return numberText(constant);

@@ -1,5 +1,6 @@
 #include "ZDPredicate.h"
 
+#include "ZDPredicateValue.h"
 #include "ZDRecordDirectory.h"
 #include "ZDTextFolding.h"
 
@@ -14,21 +15,8 @@ namespace {
 
 constexpr qint64 kReferenceDateOffsetMSecs = 978307200000LL;
 
-bool isNumeric(const QVariant &v)
-{
-    switch (v.typeId()) {
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-    case QMetaType::Float:
-        return true;
-    default:
-        return false;
-    }
-}
+using ZDPredicateValue::isBoolean;
+using ZDPredicateValue::isNumber;
 
 bool isString(const QVariant &v) { return v.typeId() == QMetaType::QString; }
 bool isDate(const QVariant &v) { return v.typeId() == QMetaType::QDateTime; }
@@ -51,7 +39,7 @@ QVariant dateFromReferenceSeconds(double seconds)
 
 std::optional<double> numberOf(const QVariant &v)
 {
-    if (isNumeric(v))
+    if (isNumber(v))
         return v.toDouble();
     if (isDate(v))
         return referenceSeconds(v.toDateTime());
@@ -63,7 +51,7 @@ QVariant cast(const QVariant &value, const QString &type)
     if (type == QLatin1String("NSDate")) {
         if (isDate(value))
             return value;
-        if (isNumeric(value))
+        if (isNumber(value))
             return dateFromReferenceSeconds(value.toDouble());
         if (isString(value)) {
             bool ok = false;
@@ -85,7 +73,10 @@ QVariant cast(const QVariant &value, const QString &type)
     if (type == QLatin1String("NSString")) {
         if (isString(value))
             return value;
-        if (isNumeric(value) && value.typeId() != QMetaType::Bool)
+        // A boolean converts as the number it compares as, not as "true".
+        if (isBoolean(value))
+            return QString::number(int(value.toBool()));
+        if (isNumber(value))
             return value.toString();
         return {};
     }
@@ -125,7 +116,7 @@ struct Comparer
     {
         if (!a.isValid() || !b.isValid())
             return a.isValid() == b.isValid();
-        if (isNumeric(a) && isNumeric(b))
+        if (isNumber(a) && isNumber(b))
             return a.toDouble() == b.toDouble();
         if (isString(a) && isString(b))
             return options ? fold(a.toString()) == fold(b.toString()) : a.toString() == b.toString();
@@ -148,7 +139,7 @@ struct Comparer
     // -1, 0, 1, or nothing when the two do not order.
     std::optional<int> order(const QVariant &a, const QVariant &b) const
     {
-        if (isNumeric(a) && isNumeric(b)) {
+        if (isNumber(a) && isNumber(b)) {
             const double x = a.toDouble();
             const double y = b.toDouble();
             if (std::isnan(x) || std::isnan(y))

@@ -80,8 +80,8 @@ public:
     void setSearchUsesFuzzy(bool value) { setObject(value, ZDPreferenceKeys::FuzzySearch); }
     bool searchArrangeByRelevance() const { return boolForKey(ZDPreferenceKeys::SearchArrangeByRelevance); }
     void setSearchArrangeByRelevance(bool value) { setObject(value, ZDPreferenceKeys::SearchArrangeByRelevance); }
-    bool searchIngoresCase() const { return boolForKey(ZDPreferenceKeys::SearchIgnoresCase); }
-    void setSearchIngoresCase(bool value) { setObject(value, ZDPreferenceKeys::SearchIgnoresCase); }
+    bool searchIgnoresCase() const { return boolForKey(ZDPreferenceKeys::SearchIgnoresCase); }
+    void setSearchIgnoresCase(bool value) { setObject(value, ZDPreferenceKeys::SearchIgnoresCase); }
 
     // Application.
     bool launchAtLogin() const { return boolForKey(ZDPreferenceKeys::LaunchAtLogin); }

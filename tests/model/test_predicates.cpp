@@ -104,6 +104,22 @@ TEST(PredicateParseTest, ArgumentsBecomeConstantsAndKeyPaths)
     }));
 }
 
+// A boolean is the number 0 or 1 wherever a value is used, and stays YES or NO where printed.
+TEST(PredicateParseTest, BooleansAreNumbersExceptInPrint)
+{
+    const ZDKeyPathResolver flagSet = [](const QString &key) {
+        return key == "flag" ? QVariant(true) : QVariant();
+    };
+    for (const char *format : {"flag == 1", "flag != 0", "flag > 0.5", "flag BETWEEN {1, 2}", "flag + 1 == 2",
+                               "CAST(flag, 'NSNumber') == 1", "CAST(flag, 'NSString') == '1'",
+                               "CAST(flag, 'NSDate') == CAST(1, 'NSDate')"})
+        EXPECT_TRUE(parsed(QString::fromUtf8(format)).evaluate(flagSet)) << format;
+    EXPECT_EQ(parsed("flag == YES").predicateFormat(), QStringLiteral("flag == YES"));
+    EXPECT_NE(parsed("flag == YES"), parsed("flag == 1"));
+    EXPECT_EQ(parsed("flag == 1.0"), parsed("flag == 1"));
+    EXPECT_EQ(parsed("flag == TRUE"), parsed("flag == YES"));
+}
+
 // --- Evaluation over snippets --------------------------------------------------------------
 
 class PredicateSnippetTest : public ModelTest

@@ -37,7 +37,7 @@ TEST_F(UserDefaultsTest, RegistersTheFiftyFourDefaultsInOrder)
     EXPECT_EQ(registered.last().first, K::AutomaticLinkDetection);
 
     EXPECT_TRUE(defaults.searchUsesFuzzy());
-    EXPECT_TRUE(defaults.searchIngoresCase());
+    EXPECT_TRUE(defaults.searchIgnoresCase());
     EXPECT_EQ(defaults.indentMethod(), QStringLiteral("Spaces"));
     EXPECT_EQ(defaults.snippetsSortOrder(), SortOrderDescending);
     EXPECT_EQ(defaults.assistantPrimaryAction(), uint(PrimaryActionCopyToClipboard));

@@ -372,8 +372,8 @@ QWidget *ZDPreferencesWindow::createSearchPane()
     const QList<CheckBoxRow> checks{
         {QStringLiteral("fuzzyBox"), tr("Match words approximately (fuzzy search)"),
          [d] { return d->searchUsesFuzzy(); }, [d](bool v) { d->setSearchUsesFuzzy(v); }},
-        {QStringLiteral("ignoreCaseBox"), tr("Ignore case"), [d] { return d->searchIngoresCase(); },
-         [d](bool v) { d->setSearchIngoresCase(v); }},
+        {QStringLiteral("ignoreCaseBox"), tr("Ignore case"), [d] { return d->searchIgnoresCase(); },
+         [d](bool v) { d->setSearchIgnoresCase(v); }},
         {QStringLiteral("relevanceBox"), tr("Arrange results by relevance"),
          [d] { return d->searchArrangeByRelevance(); }, [d](bool v) { d->setSearchArrangeByRelevance(v); }},
     };

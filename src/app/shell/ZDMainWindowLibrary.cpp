@@ -445,7 +445,7 @@ void ZDMainWindow::runSearch()
         return;
     }
     const ZDSnippetList results = m_engine->snippetsWithKeyword(keyword, constraints, !m_defaults.searchScopeTitleOnly(),
-                                                                m_defaults.searchUsesFuzzy(), !m_defaults.searchIngoresCase());
+                                                                m_defaults.searchUsesFuzzy(), !m_defaults.searchIgnoresCase());
     zdReportEvent(QStringLiteral("Search"), {});
     showSearchResults(results, m_defaults.searchArrangeByRelevance() && !keyword.trimmed().isEmpty());
 }

@@ -11,13 +11,3 @@ public:
     QString summary() const override { return QStringLiteral("print the highlight rules of code as JSON"); }
     int run(ZDCliContext &context, const QStringList &arguments) override;
 };
-
-/// `zandrio-cli markdown [--count] [FILE]` prints the HTML of Markdown, or with `--count` its
-/// number of top-level blocks, counted precisely (through the interpreter) and fast (md4c).
-class ZDMarkdownCommand : public ZDCliCommand
-{
-public:
-    QString name() const override { return QStringLiteral("markdown"); }
-    QString summary() const override { return QStringLiteral("print Markdown as HTML, or count its blocks"); }
-    int run(ZDCliContext &context, const QStringList &arguments) override;
-};

@@ -1,19 +1,15 @@
-#include "ZDSearchCommands.h"
+#include "ZDSearchCommand.h"
 
-#include "ZDCategoryNode.h"
+#include "ZDCliArguments.h"
 #include "ZDCliLibrary.h"
-#include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
 #include "ZDLanguageRegistry.h"
 #include "ZDSearchEngine.h"
-#include "ZDSearchTokenSyntax.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetJson.h"
 #include "ZDTag.h"
 #include "ZDUserDefaults.h"
 
-#include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -53,50 +49,48 @@ QString tagUUIDNamed(const ZDDataCenter &center, const QString &name)
 
 int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
 {
-    QCommandLineParser parser;
     const QCommandLineOption titleOnly(QStringLiteral("title-only"));
     const QCommandLineOption exact(QStringLiteral("exact"));
     const QCommandLineOption matchCase(QStringLiteral("match-case"));
     const QCommandLineOption folder(QStringLiteral("folder"), {}, QStringLiteral("NAME"));
     const QCommandLineOption tag(QStringLiteral("tag"), {}, QStringLiteral("NAME"));
     const QCommandLineOption language(QStringLiteral("language"), {}, QStringLiteral("ID"));
-    const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOptions({titleOnly, exact, matchCase, folder, tag, language, json, ZDCliLibrary::continueAnywayOption()});
+    ZDCliArguments args(context, name(), {titleOnly, exact, matchCase, folder, tag, language},
+                        ZDCliArguments::Json | ZDCliArguments::ContinueAnyway);
     int status = 0;
-    if (!parse(parser, context, name(), arguments, &status))
+    if (!args.parse(arguments, 0, 1, QStringLiteral("search takes one keyword; quote a keyword with spaces"),
+                    &status))
         return status;
-    if (parser.positionalArguments().size() > 1)
-        return context.usage(QStringLiteral("search takes one keyword; quote a keyword with spaces"));
-    const QString keyword = parser.positionalArguments().value(0);
+    const QString keyword = args.positional().value(0);
 
     // Searching only reads: nothing is repaired or written.
-    ZDCliLibrary library(context, parser.isSet(QStringLiteral("continue-anyway")), /*repairOnLoad=*/false);
+    ZDCliLibrary library(args, /*repairOnLoad=*/false);
     if (!library.open(&status))
         return status;
     const ZDDataCenter &center = library.center();
 
     QList<ZDSearchConstraint> constraints;
-    for (const QString &value : parser.values(folder)) {
+    for (const QString &value : args.values(folder)) {
         const QString UUID = folderUUIDNamed(center, value);
         if (UUID.isEmpty())
             return context.usage(QStringLiteral("no folder named \"%1\"").arg(value));
         constraints.append(ZDSearchConstraint(ZDSearchConstraint::folderKind, value, UUID, 0));
     }
-    for (const QString &value : parser.values(tag)) {
+    for (const QString &value : args.values(tag)) {
         const QString UUID = tagUUIDNamed(center, value);
         if (UUID.isEmpty())
             return context.usage(QStringLiteral("no tag named \"%1\"").arg(value));
         constraints.append(ZDSearchConstraint(ZDSearchConstraint::tagKind, value, UUID, 0));
     }
-    for (const QString &value : parser.values(language)) {
+    for (const QString &value : args.values(language)) {
         if (!context.languages.languageWithIdentifier(value).isValid())
             return context.usage(QStringLiteral("no language \"%1\"; see zandrio-cli languages").arg(value));
         constraints.append(ZDSearchConstraint(ZDSearchConstraint::languageKind, value, value, 0));
     }
 
-    const bool fullText = !(parser.isSet(titleOnly) || context.defaults.searchScopeTitleOnly());
-    const bool fuzzy = !parser.isSet(exact) && context.defaults.searchUsesFuzzy();
-    const bool matchesCase = parser.isSet(matchCase) || !context.defaults.searchIngoresCase();
+    const bool fullText = !(args.isSet(titleOnly) || context.defaults.searchScopeTitleOnly());
+    const bool fuzzy = !args.isSet(exact) && context.defaults.searchUsesFuzzy();
+    const bool matchesCase = args.isSet(matchCase) || !context.defaults.searchIgnoresCase();
 
     ZDSearchEngine engine([&center] { return center.snippets(); });
     if (!keyword.isEmpty()) {
@@ -107,7 +101,7 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
     const ZDSnippetList result =
         engine.snippetsWithKeyword(keyword, constraints, fullText, fuzzy, matchesCase, &ranks);
 
-    if (parser.isSet(json)) {
+    if (args.json()) {
         const QHash<QString, QString> folderTitles = center.folderTitles();
         const ZDTagList tags = center.tags();
         QJsonArray array;
@@ -123,59 +117,5 @@ int ZDSearchCommand::run(ZDCliContext &context, const QStringList &arguments)
     }
     for (const ZDSnippetPtr &snippet : result)
         context.out << snippet->UUID() << "\t" << snippet->title() << "\n";
-    return 0;
-}
-
-int ZDCompleteCommand::run(ZDCliContext &context, const QStringList &arguments)
-{
-    QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"));
-    parser.addOptions({json, ZDCliLibrary::continueAnywayOption()});
-    int status = 0;
-    if (!parse(parser, context, name(), arguments, &status))
-        return status;
-    if (parser.positionalArguments().size() != 1)
-        return context.usage(QStringLiteral("complete takes one text"));
-    const QString text = parser.positionalArguments().first();
-    QString keyword = ZDSearchTokenSyntax::completionKeyword(text, text.size());
-    if (keyword.isNull())
-        keyword = text;
-
-    ZDCliLibrary library(context, parser.isSet(QStringLiteral("continue-anyway")), /*repairOnLoad=*/false);
-    if (!library.open(&status))
-        return status;
-    ZDCoreIndex index(ZDCoreIndexSource::fromDataCenter(library.center(), &context.defaults));
-    bool counted = false;
-    QObject::connect(&index, &ZDCoreIndex::indexDidChange, [&counted] { counted = true; });
-    index.rebuildAllIndex();
-    while (!counted) {
-        index.waitUntilIdle();
-        QCoreApplication::processEvents();
-    }
-
-    const QList<ZDSearchProposalSection> sections =
-        zdSearchProposals(keyword, {}, index.folders(), index.tags(), index.languages());
-    if (parser.isSet(json)) {
-        QJsonObject object;
-        for (const ZDSearchProposalSection &section : sections) {
-            QJsonArray proposals;
-            for (const ZDSearchConstraint &constraint : section.proposals) {
-                proposals.append(
-                    QJsonObject{{QStringLiteral("kind"), constraint.constraintName()},
-                                {QStringLiteral("displayValue"), constraint.constraintDisplayValue()},
-                                {QStringLiteral("value"), constraint.constraintUnderlyingValue()},
-                                {QStringLiteral("count"), constraint.constriantTargetCount()}});
-            }
-            object.insert(section.title, proposals);
-        }
-        context.out << QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
-        return 0;
-    }
-    for (const ZDSearchProposalSection &section : sections) {
-        for (const ZDSearchConstraint &constraint : section.proposals) {
-            context.out << constraint.constraintName() << "\t" << constraint.constraintUnderlyingValue()
-                        << "\t" << constraint.displayString() << "\n";
-        }
-    }
     return 0;
 }
