@@ -210,16 +210,22 @@ void ZDCoreIndex::tick()
     }
     if ((m_dirty & Languages) && m_source.activeLanguageIdentifiers)
         input->activeLanguages = m_source.activeLanguageIdentifiers();
-    // Every kind's facts are taken, whatever is recounted, so that notices can count any
-    // snippet from where it was.
     const ZDSnippetList snippets = m_source.snippets ? m_source.snippets() : ZDSnippetList();
     input->snippets.reserve(snippets.size());
-    m_facts.clear();
-    m_facts.reserve(snippets.size());
+    // Only the kinds recounted now count from these facts; the others keep what they counted.
+    for (int type : {Folders, Tags, Languages}) {
+        if (m_dirty & type)
+            m_counted[countedSlot(type)].clear();
+    }
     for (const ZDSnippetPtr &snippet : snippets) {
         const SnippetFacts facts = factsOf(*snippet);
         input->snippets.append(facts);
-        m_facts.insert(snippet->UUID(), facts);
+        if (m_dirty & Folders)
+            m_counted[countedSlot(Folders)].insert(snippet->UUID(), {facts.folderUUID});
+        if (m_dirty & Tags)
+            m_counted[countedSlot(Tags)].insert(snippet->UUID(), facts.tagUUIDs);
+        if (m_dirty & Languages)
+            m_counted[countedSlot(Languages)].insert(snippet->UUID(), facts.languages);
     }
     input->generation = ++m_generation;
     ++m_running;
@@ -345,34 +351,37 @@ void ZDCoreIndex::increaseLanguage(const QString &identifier, qint64 number)
 
 void ZDCoreIndex::recount(const QString &snippetUUID, const SnippetFacts *now)
 {
-    const auto remembered = m_facts.constFind(snippetUUID);
-    const SnippetFacts *was = remembered != m_facts.cend() ? &*remembered : nullptr;
-    if (!was && !now)
-        return; // never counted
-    if (!was || !now || was->folderUUID != now->folderUUID) {
-        if (was)
-            adjustFolder(was->folderUUID, -1);
+    for (int type : {Folders, Tags, Languages}) {
+        QHash<QString, QStringList> &counted = m_counted[countedSlot(type)];
+        const auto remembered = counted.constFind(snippetUUID);
+        const QStringList before = remembered != counted.cend() ? *remembered : QStringList();
+        const QStringList after = !now              ? QStringList()
+                                  : type == Folders ? QStringList{now->folderUUID}
+                                  : type == Tags    ? now->tagUUIDs
+                                                    : now->languages;
+        for (const QString &key : before) {
+            if (!after.contains(key))
+                adjustOne(type, key, -1);
+        }
+        for (const QString &key : after) {
+            if (!before.contains(key))
+                adjustOne(type, key, 1);
+        }
         if (now)
-            adjustFolder(now->folderUUID, 1);
+            counted.insert(snippetUUID, after);
+        else
+            counted.remove(snippetUUID);
     }
-    const auto difference = [&](auto adjustOne, const QStringList *before, const QStringList *after) {
-        for (const QString &key : before ? *before : QStringList()) {
-            if (!after || !after->contains(key))
-                adjustOne(key, -1);
-        }
-        for (const QString &key : after ? *after : QStringList()) {
-            if (!before || !before->contains(key))
-                adjustOne(key, 1);
-        }
-    };
-    difference([this](const QString &key, qint64 n) { adjustTag(key, n); }, was ? &was->tagUUIDs : nullptr,
-               now ? &now->tagUUIDs : nullptr);
-    difference([this](const QString &key, qint64 n) { adjustLanguage(key, n); },
-               was ? &was->languages : nullptr, now ? &now->languages : nullptr);
-    if (now)
-        m_facts.insert(snippetUUID, *now);
+}
+
+void ZDCoreIndex::adjustOne(int type, const QString &key, qint64 number)
+{
+    if (type == Folders)
+        adjustFolder(key, number);
+    else if (type == Tags)
+        adjustTag(key, number);
     else
-        m_facts.remove(snippetUUID);
+        adjustLanguage(key, number);
 }
 
 void ZDCoreIndex::snippetsDidChange(const ZDSnippetList &snippets)

@@ -142,12 +142,15 @@ private:
     void adjustLanguage(const QString &identifier, qint64 number);
     /// Counts a snippet from its remembered facts (none: not counted) to `now` (none: gone).
     void recount(const QString &snippetUUID, const SnippetFacts *now);
+    void adjustOne(int type, const QString &key, qint64 number);
+    static int countedSlot(int type) { return type == Folders ? 0 : type == Tags ? 1 : 2; }
     void snippetsDidChange(const ZDSnippetList &snippets);
 
     ZDCoreIndexSource m_source;
     std::unique_ptr<ZDWriteTimer> m_timer;
     int m_dirty = 0;
-    QHash<QString, SnippetFacts> m_facts; // by snippet UUID, as the lists count them
+    /// What each list counts of every snippet (by UUID): its folder, its tags, its languages.
+    QHash<QString, QStringList> m_counted[3];
     QList<Change> m_changes;              // kept while recounts run
     quint64 m_generation = 0;
     int m_running = 0;

@@ -218,3 +218,18 @@ TEST_F(CoreIndexTest, ChangesNoticedWhileARecountRunsSurviveItsResult)
               (QHash<QString, qint64>{{"Uncategorized", 2}, {"Work", 0}, {"Scripts", 1}, {"Fresh", 0}}));
     EXPECT_EQ(counts(index->tags()), (QHash<QString, qint64>{{"python", 1}, {"shell", 1}}));
 }
+
+TEST_F(CoreIndexTest, ARecountOfOneKindLeavesTheOtherKindsToTheirOwnNotices)
+{
+    makeIndex().rebuildAllIndex();
+    settle();
+    manualTimer->fire(); // quiet: stops
+    ZDSnippetPtr b = library[1];
+    b->setFolderUUID(parent->UUID());
+    b->setTagUUIDs({shell->UUID()});
+    index->snippetsCategoryDidChange(nullptr, {b}); // recounts folders at once, seeing the new tags too
+    index->snippetsTagsDidChange(nullptr, {b});
+    settle();
+    EXPECT_EQ(counts(index->tags()), (QHash<QString, qint64>{{"python", 1}, {"shell", 1}}));
+    EXPECT_EQ(counts(index->folders()).value(QStringLiteral("Work")), 1);
+}
