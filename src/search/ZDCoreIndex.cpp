@@ -17,13 +17,6 @@ namespace {
 
 ZDCoreIndex *s_sharedIndex = nullptr;
 
-struct SnippetFacts
-{
-    QString folderUUID;
-    QStringList tagUUIDs;
-    QStringList languages;
-};
-
 QStringList languagesOf(const ZDSnippet &snippet)
 {
     QStringList identifiers;
@@ -39,15 +32,17 @@ QStringList languagesOf(const ZDSnippet &snippet)
 struct CountInput
 {
     int types = 0;
+    quint64 generation = 0;
     QList<QPair<QString, QString>> folders; // UUID, title
     QList<QPair<QString, QString>> tags;
     QStringList activeLanguages;
-    QList<SnippetFacts> snippets;
+    QList<ZDCoreIndex::SnippetFacts> snippets;
 };
 
 struct CountOutput
 {
     int types = 0;
+    quint64 generation = 0;
     QList<ZDIndexResult> folders;
     QList<ZDIndexResult> tags;
     QList<ZDIndexResult> languages;
@@ -66,15 +61,21 @@ CountOutput count(const CountInput &input)
 {
     CountOutput output;
     output.types = input.types;
+    output.generation = input.generation;
     if (input.types & ZDCoreIndex::Folders) {
         QHash<QString, qint64> counts;
-        for (const SnippetFacts &facts : input.snippets)
-            ++counts[facts.folderUUID];
+        for (const auto &[UUID, title] : input.folders)
+            counts.insert(UUID, 0);
+        const QString uncategorized = QLatin1String(ZDUncategorizedUUID);
+        for (const ZDCoreIndex::SnippetFacts &facts : input.snippets) {
+            const auto folder = counts.find(facts.folderUUID);
+            ++(folder != counts.end() ? *folder : counts[uncategorized]);
+        }
         output.folders = countList(input.folders, counts);
     }
     if (input.types & ZDCoreIndex::Languages) {
         QHash<QString, qint64> counts;
-        for (const SnippetFacts &facts : input.snippets) {
+        for (const ZDCoreIndex::SnippetFacts &facts : input.snippets) {
             for (const QString &identifier : facts.languages)
                 ++counts[identifier];
         }
@@ -96,8 +97,8 @@ CountOutput count(const CountInput &input)
     }
     if (input.types & ZDCoreIndex::Tags) {
         QHash<QString, qint64> counts;
-        for (const SnippetFacts &facts : input.snippets) {
-            for (const QString &UUID : QSet<QString>(facts.tagUUIDs.begin(), facts.tagUUIDs.end()))
+        for (const ZDCoreIndex::SnippetFacts &facts : input.snippets) {
+            for (const QString &UUID : facts.tagUUIDs)
                 ++counts[UUID];
         }
         output.tags = countList(input.tags, counts);
@@ -211,25 +212,50 @@ void ZDCoreIndex::tick()
         input->activeLanguages = m_source.activeLanguageIdentifiers();
     const ZDSnippetList snippets = m_source.snippets ? m_source.snippets() : ZDSnippetList();
     input->snippets.reserve(snippets.size());
-    for (const ZDSnippetPtr &snippet : snippets) {
-        input->snippets.append({snippet->folderUUID(), snippet->tagUUIDs(),
-                                (m_dirty & Languages) ? languagesOf(*snippet) : QStringList()});
+    // Only the kinds recounted now count from these facts; the others keep what they counted.
+    for (int type : {Folders, Tags, Languages}) {
+        if (m_dirty & type)
+            m_counted[countedSlot(type)].clear();
     }
+    for (const ZDSnippetPtr &snippet : snippets) {
+        const SnippetFacts facts = factsOf(*snippet);
+        input->snippets.append(facts);
+        if (m_dirty & Folders)
+            m_counted[countedSlot(Folders)].insert(snippet->UUID(), {facts.folderUUID});
+        if (m_dirty & Tags)
+            m_counted[countedSlot(Tags)].insert(snippet->UUID(), facts.tagUUIDs);
+        if (m_dirty & Languages)
+            m_counted[countedSlot(Languages)].insert(snippet->UUID(), facts.languages);
+    }
+    input->generation = ++m_generation;
+    ++m_running;
 
     m_queue.async([this, input] {
         auto output = std::make_shared<CountOutput>(count(*input));
         QMetaObject::invokeMethod(
             this,
             [this, output] {
+                --m_running;
                 {
                     std::lock_guard lock(m_mutex);
-                    if (output->types & Folders)
-                        m_folders = output->folders;
-                    if (output->types & Languages)
-                        m_languages = output->languages;
-                    if (output->types & Tags)
-                        m_tags = output->tags;
+                    for (int type : {Folders, Languages, Tags}) {
+                        if (!(output->types & type))
+                            continue;
+                        QList<ZDIndexResult> &counted = list(type);
+                        counted = type == Folders ? output->folders
+                                  : type == Tags  ? output->tags
+                                                  : output->languages;
+                        // Changes noticed after this recount took its facts.
+                        for (const Change &change : std::as_const(m_changes)) {
+                            if (change.type == type && change.generation >= output->generation)
+                                change.apply(counted);
+                        }
+                    }
                 }
+                if (m_running == 0)
+                    m_changes.clear();
+                else
+                    m_changes.removeIf([&](const Change &c) { return c.generation <= output->generation; });
                 // Cleared after the recount, so kinds marked while it ran are cleared with it.
                 m_dirty = 0;
                 Q_EMIT indexDidChange();
@@ -238,53 +264,133 @@ void ZDCoreIndex::tick()
     });
 }
 
-void ZDCoreIndex::adjust(QList<ZDIndexResult> &list, const QString &key, qint64 number)
+ZDCoreIndex::SnippetFacts ZDCoreIndex::factsOf(const ZDSnippet &snippet)
+{
+    QStringList tagUUIDs = snippet.tagUUIDs();
+    tagUUIDs.removeDuplicates();
+    return {snippet.folderUUID(), tagUUIDs, languagesOf(snippet)};
+}
+
+QList<ZDIndexResult> &ZDCoreIndex::list(int type)
+{
+    return type == Folders ? m_folders : type == Tags ? m_tags : m_languages;
+}
+
+void ZDCoreIndex::change(int type, std::function<void(QList<ZDIndexResult> &)> apply)
+{
+    {
+        std::lock_guard lock(m_mutex);
+        apply(list(type));
+    }
+    if (m_running > 0)
+        m_changes.append({m_generation, type, std::move(apply)});
+}
+
+namespace {
+bool adjust(QList<ZDIndexResult> &list, const QString &key, qint64 number)
 {
     for (ZDIndexResult &result : list) {
         if (result.ubiquitousName == key) {
             result.count += number;
-            return;
+            return true;
         }
     }
+    return false;
+}
+} // namespace
+
+void ZDCoreIndex::adjustFolder(const QString &UUID, qint64 number)
+{
+    change(Folders, [UUID, number](QList<ZDIndexResult> &folders) {
+        if (!adjust(folders, UUID, number))
+            adjust(folders, QLatin1String(ZDUncategorizedUUID), number);
+    });
+}
+
+void ZDCoreIndex::adjustTag(const QString &UUID, qint64 number)
+{
+    // A tag made since the last recount gets its line now.
+    QString title;
+    const bool listed =
+        std::ranges::any_of(tags(), [&](const ZDIndexResult &r) { return r.ubiquitousName == UUID; });
+    if (!listed && m_source.tags) {
+        for (const ZDTagPtr &tag : m_source.tags()) {
+            if (tag->UUID() == UUID)
+                title = tag->title();
+        }
+    }
+    change(Tags, [UUID, number, title](QList<ZDIndexResult> &tags) {
+        if (!adjust(tags, UUID, number) && !title.isEmpty())
+            tags.append(ZDIndexResult::resultWithDisplayName(title, UUID, number));
+    });
+}
+
+void ZDCoreIndex::adjustLanguage(const QString &identifier, qint64 number)
+{
+    change(Languages,
+           [identifier, number](QList<ZDIndexResult> &languages) { adjust(languages, identifier, number); });
 }
 
 void ZDCoreIndex::increaseFolder(const QString &UUID, qint64 number)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        adjust(m_folders, UUID, number);
-    }
+    change(Folders, [UUID, number](QList<ZDIndexResult> &folders) { adjust(folders, UUID, number); });
     Q_EMIT indexDidChange();
 }
 
 void ZDCoreIndex::increaseTag(const QString &UUID, qint64 number)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        adjust(m_tags, UUID, number);
-    }
+    change(Tags, [UUID, number](QList<ZDIndexResult> &tags) { adjust(tags, UUID, number); });
     Q_EMIT indexDidChange();
 }
 
 void ZDCoreIndex::increaseLanguage(const QString &identifier, qint64 number)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        adjust(m_languages, identifier, number);
-    }
+    adjustLanguage(identifier, number);
     Q_EMIT indexDidChange();
 }
 
-void ZDCoreIndex::adjustForSnippet(const ZDSnippet &snippet, qint64 number)
+void ZDCoreIndex::recount(const QString &snippetUUID, const SnippetFacts *now)
 {
-    {
-        std::lock_guard lock(m_mutex);
-        adjust(m_folders, snippet.folderUUID(), number);
-        const QStringList tagUUIDs = snippet.tagUUIDs();
-        for (const QString &UUID : QSet<QString>(tagUUIDs.begin(), tagUUIDs.end()))
-            adjust(m_tags, UUID, number);
-        for (const QString &identifier : languagesOf(snippet))
-            adjust(m_languages, identifier, number);
+    for (int type : {Folders, Tags, Languages}) {
+        QHash<QString, QStringList> &counted = m_counted[countedSlot(type)];
+        const auto remembered = counted.constFind(snippetUUID);
+        const QStringList before = remembered != counted.cend() ? *remembered : QStringList();
+        const QStringList after = !now              ? QStringList()
+                                  : type == Folders ? QStringList{now->folderUUID}
+                                  : type == Tags    ? now->tagUUIDs
+                                                    : now->languages;
+        for (const QString &key : before) {
+            if (!after.contains(key))
+                adjustOne(type, key, -1);
+        }
+        for (const QString &key : after) {
+            if (!before.contains(key))
+                adjustOne(type, key, 1);
+        }
+        if (now)
+            counted.insert(snippetUUID, after);
+        else
+            counted.remove(snippetUUID);
+    }
+}
+
+void ZDCoreIndex::adjustOne(int type, const QString &key, qint64 number)
+{
+    if (type == Folders)
+        adjustFolder(key, number);
+    else if (type == Tags)
+        adjustTag(key, number);
+    else
+        adjustLanguage(key, number);
+}
+
+void ZDCoreIndex::snippetsDidChange(const ZDSnippetList &snippets)
+{
+    for (const ZDSnippetPtr &snippet : snippets) {
+        if (snippet) {
+            const SnippetFacts facts = factsOf(*snippet);
+            recount(snippet->UUID(), &facts);
+        }
     }
     Q_EMIT indexDidChange();
 }
@@ -294,12 +400,13 @@ void ZDCoreIndex::folderDidAdd(QObject *, const ZDCategoryNodePtr &folder, const
 {
     if (!folder)
         return;
-    {
-        // At the notified position; the next recount puts it in tree order.
-        std::lock_guard lock(m_mutex);
-        const qsizetype position = std::clamp<qsizetype>(index, 0, m_folders.size());
-        m_folders.insert(position, ZDIndexResult::resultWithDisplayName(folder->title(), folder->UUID(), 0));
-    }
+    // At the notified position; the next recount puts it in tree order.
+    change(Folders, [record = ZDIndexResult::resultWithDisplayName(folder->title(), folder->UUID(), 0),
+                     index](QList<ZDIndexResult> &folders) {
+        if (std::ranges::none_of(
+                folders, [&](const ZDIndexResult &r) { return r.ubiquitousName == record.ubiquitousName; }))
+            folders.insert(std::clamp<qsizetype>(index, 0, folders.size()), record);
+    });
     Q_EMIT indexDidChange();
 }
 
@@ -307,13 +414,12 @@ void ZDCoreIndex::folderDidRename(QObject *, const ZDCategoryNodePtr &folder)
 {
     if (!folder)
         return;
-    {
-        std::lock_guard lock(m_mutex);
-        for (ZDIndexResult &result : m_folders) {
-            if (result.ubiquitousName == folder->UUID())
-                result.displayName = folder->title();
+    change(Folders, [UUID = folder->UUID(), title = folder->title()](QList<ZDIndexResult> &folders) {
+        for (ZDIndexResult &result : folders) {
+            if (result.ubiquitousName == UUID)
+                result.displayName = title;
         }
-    }
+    });
     Q_EMIT indexDidChange();
 }
 
@@ -327,11 +433,10 @@ void ZDCoreIndex::foldersDidRemove(QObject *, const QList<ZDCategoryNodePtr> &fo
         folder->traverseSubNodesWithBlock(
             [&](const ZDCategoryNodePtr &node, int) { removed.insert(node->UUID()); });
     }
-    {
-        std::lock_guard lock(m_mutex);
-        m_folders.removeIf(
+    change(Folders, [removed](QList<ZDIndexResult> &records) {
+        records.removeIf(
             [&](const ZDIndexResult &result) { return removed.contains(result.ubiquitousName); });
-    }
+    });
     Q_EMIT indexDidChange();
 }
 
@@ -339,13 +444,12 @@ void ZDCoreIndex::tagDidRename(QObject *, const ZDTagPtr &tag)
 {
     if (!tag)
         return;
-    {
-        std::lock_guard lock(m_mutex);
-        for (ZDIndexResult &result : m_tags) {
-            if (result.ubiquitousName == tag->UUID())
-                result.displayName = tag->title();
+    change(Tags, [UUID = tag->UUID(), title = tag->title()](QList<ZDIndexResult> &tags) {
+        for (ZDIndexResult &result : tags) {
+            if (result.ubiquitousName == UUID)
+                result.displayName = title;
         }
-    }
+    });
     Q_EMIT indexDidChange();
 }
 
@@ -356,39 +460,42 @@ void ZDCoreIndex::tagsDidRemove(QObject *, const ZDTagList &tags)
         if (tag)
             removed.insert(tag->UUID());
     }
-    {
-        std::lock_guard lock(m_mutex);
-        m_tags.removeIf([&](const ZDIndexResult &result) { return removed.contains(result.ubiquitousName); });
-    }
+    change(Tags, [removed](QList<ZDIndexResult> &records) {
+        records.removeIf(
+            [&](const ZDIndexResult &result) { return removed.contains(result.ubiquitousName); });
+    });
     Q_EMIT indexDidChange();
 }
 
 void ZDCoreIndex::snippetDidAdd(QObject *, const ZDSnippetPtr &snippet)
 {
-    if (snippet)
-        adjustForSnippet(*snippet, 1);
+    snippetsDidChange({snippet}); // counted once, even when a recount already saw it
 }
 
 void ZDCoreIndex::snippetsDidRemove(QObject *, const ZDSnippetList &snippets)
 {
     for (const ZDSnippetPtr &snippet : snippets) {
         if (snippet)
-            adjustForSnippet(*snippet, -1);
+            recount(snippet->UUID(), nullptr);
     }
+    Q_EMIT indexDidChange();
 }
 
-void ZDCoreIndex::snippetsCategoryDidChange(QObject *, const ZDSnippetList &)
+void ZDCoreIndex::snippetsCategoryDidChange(QObject *, const ZDSnippetList &snippets)
 {
+    snippetsDidChange(snippets);
     scheduleIndexRebuild(Folders);
 }
 
-void ZDCoreIndex::snippetsTagsDidChange(QObject *, const ZDSnippetList &)
+void ZDCoreIndex::snippetsTagsDidChange(QObject *, const ZDSnippetList &snippets)
 {
+    snippetsDidChange(snippets);
     scheduleIndexRebuild(Tags);
 }
 
-void ZDCoreIndex::snippetsLanguageDidChange(QObject *, const ZDSnippetList &)
+void ZDCoreIndex::snippetsLanguageDidChange(QObject *, const ZDSnippetList &snippets)
 {
+    snippetsDidChange(snippets);
     scheduleIndexRebuild(Languages);
 }
 

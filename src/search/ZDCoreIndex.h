@@ -5,6 +5,7 @@
 #include "ZDSerialQueue.h"
 #include "ZDWriteTimer.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -46,14 +47,17 @@ struct ZDCoreIndexSource
 };
 
 /// How many snippets each folder, tag and language holds; it feeds the search field's "in:"
-/// proposals. Folders are listed in tree order after Uncategorized, tags in the library's
-/// order, languages by name.
+/// proposals and the sidebar's counts. Folders are listed in tree order after Uncategorized,
+/// tags in the library's order, languages by name. A snippet filed in a folder the library does
+/// not know counts as uncategorized, as the sidebar lists it.
 ///
 /// Whole recounts run on the queue "com.varnok.Zandrio.CoreIndex" and are paced by a repeating
 /// tick (10 s): `scheduleIndexRebuild` marks kinds dirty and, when the tick is not running,
 /// starts it and counts at once; each tick counts the dirty kinds, and the first tick with
-/// nothing dirty stops. Small changes adjust the counts in place. Main thread only, except
-/// the list readers, which are safe anywhere.
+/// nothing dirty stops. Notices adjust the counts in place at once: the index remembers each
+/// snippet's folder, tags and languages as last counted, so a move or retagging is counted
+/// from where the snippet was. Adjustments made while a recount runs are applied again on top
+/// of its result. Main thread only, except the list readers, which are safe anywhere.
 class ZDCoreIndex : public QObject, public ZDLibraryListener
 {
     Q_OBJECT
@@ -66,6 +70,14 @@ public:
         Languages = 4,
         All = 7
     };
+    /// What one snippet adds to the counts.
+    struct SnippetFacts
+    {
+        QString folderUUID;
+        QStringList tagUUIDs; // distinct
+        QStringList languages;
+    };
+
     static inline const QString queueLabel = QStringLiteral("com.varnok.Zandrio.CoreIndex");
     static constexpr int tickIntervalMs = 10000;
 
@@ -113,13 +125,35 @@ Q_SIGNALS:
     void indexDidChange();
 
 private:
+    /// A change of one list made while a recount ran, to be made again on its result.
+    struct Change
+    {
+        quint64 generation;
+        int type;
+        std::function<void(QList<ZDIndexResult> &)> apply;
+    };
+
     void tick();
-    void adjust(QList<ZDIndexResult> &list, const QString &key, qint64 number);
-    void adjustForSnippet(const ZDSnippet &snippet, qint64 number);
+    static SnippetFacts factsOf(const ZDSnippet &snippet);
+    QList<ZDIndexResult> &list(int type);
+    void change(int type, std::function<void(QList<ZDIndexResult> &)> apply);
+    void adjustFolder(const QString &UUID, qint64 number);
+    void adjustTag(const QString &UUID, qint64 number);
+    void adjustLanguage(const QString &identifier, qint64 number);
+    /// Counts a snippet from its remembered facts (none: not counted) to `now` (none: gone).
+    void recount(const QString &snippetUUID, const SnippetFacts *now);
+    void adjustOne(int type, const QString &key, qint64 number);
+    static int countedSlot(int type) { return type == Folders ? 0 : type == Tags ? 1 : 2; }
+    void snippetsDidChange(const ZDSnippetList &snippets);
 
     ZDCoreIndexSource m_source;
     std::unique_ptr<ZDWriteTimer> m_timer;
     int m_dirty = 0;
+    /// What each list counts of every snippet (by UUID): its folder, its tags, its languages.
+    QHash<QString, QStringList> m_counted[3];
+    QList<Change> m_changes;              // kept while recounts run
+    quint64 m_generation = 0;
+    int m_running = 0;
     mutable std::mutex m_mutex;
     QList<ZDIndexResult> m_folders;
     QList<ZDIndexResult> m_tags;

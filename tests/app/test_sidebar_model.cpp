@@ -1,10 +1,17 @@
 // Drag rules of the sidebar by node kind, and what a drop asks the window to do.
 
 #include "ZDCategoryNode.h"
+#include "ZDCoreIndex.h"
+#include "ZDManualWriteTimer.h"
+#include "ZDMulticastDelegateHandler.h"
 #include "ZDSidebarModel.h"
+#include "ZDSidebarView.h"
+#include "ZDSmartGroupCounts.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetPasteboard.h"
+#include "ZDTag.h"
 
+#include <QImage>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
@@ -184,6 +191,104 @@ private Q_SLOTS:
         QVERIFY(!model->setData(at(work), QStringLiteral("   ")));
         QVERIFY(!model->setData(model->allSnippetsIndex(), QStringLiteral("Everything")));
         QCOMPARE(renames.count(), 1);
+    }
+
+    void countsFollowTheLibrarysNotices()
+    {
+        // Two snippets in Work, one uncategorized; a smart group over titles, one that does not parse.
+        ZDTagPtr sqlTag = std::make_shared<ZDTag>(QStringLiteral("sql"), tag->UUID());
+        ZDSnippetList library;
+        for (const char *title : {"select", "update", "notes"}) {
+            library << ZDSnippet::create(QLatin1String(title));
+            if (library.size() < 3)
+                library.last()->setFolderUUID(work->UUID());
+        }
+        smartA->setPredicateString(QStringLiteral("title BEGINSWITH \"s\""));
+        smartB->setPredicateString(QStringLiteral("title ==== 1"));
+        bool valid = true;
+        ZDMulticastDelegateHandler notifier;
+        ZDCoreIndexSource source;
+        source.snippets = [&] { return library; };
+        source.rootFolderNodes = [&] { return QList<ZDCategoryNodePtr>{work, notes}; };
+        source.tags = [&] { return ZDTagList{sqlTag}; };
+        source.hasValidLibrary = [&] { return valid; };
+        auto timer = std::make_unique<ZDManualWriteTimer>();
+        ZDManualWriteTimer *tick = timer.get();
+        ZDCoreIndex index(source, &notifier, nullptr, std::move(timer));
+        ZDSmartGroupCounts smartGroups({[&] { return library; },
+                                        [&] {
+                                            return QList<ZDCategoryNodePtr>{smartA, smartB};
+                                        },
+                                        [&] { return valid; }},
+                                       &notifier);
+        model->setCountSources(&index, &smartGroups);
+        auto count = [&](const QModelIndex &row) { return row.data(ZDSidebarModel::CountRole).toInt(); };
+        const QModelIndex uncategorized =
+            model->indexOfNode(ZDCategoryNode::Uncategorized, QLatin1String(ZDUncategorizedUUID));
+        QCOMPARE(count(model->allSnippetsIndex()), -1); // nothing counted yet
+
+        notifier.noteApplicationLibraryChanged(nullptr);
+        QTRY_COMPARE(count(model->allSnippetsIndex()), 3);
+        QTRY_COMPARE(count(at(smartA)), 1);
+        QCOMPARE(count(at(work)), 2);
+        QCOMPARE(count(uncategorized), 1);
+        QCOMPARE(count(at(tag)), 0);
+        QCOMPARE(count(at(smartB)), -1); // its query does not parse
+        tick->fire(); // quiet: the tick stops, so what follows is counted from the notices alone
+
+        library[0]->setFolderUUID(notes->UUID()); // moved: Work 1, Notes and its shortcut 1
+        notifier.noteSnippetsCategoryChanged({library[0]}, nullptr);
+        library[1]->setTagUUIDs({sqlTag->UUID()});
+        notifier.noteSnippetsTagsChanged({library[1]}, nullptr);
+        library[2]->setTitle(QStringLiteral("sketch")); // starts matching the smart group
+        notifier.noteSnippetTitleChanged(library[2], nullptr);
+        QTRY_COMPARE(count(at(smartA)), 2);
+        QTRY_COMPARE(count(at(tag)), 1);
+        QTRY_COMPARE(count(at(shortcut)), 1);
+        QCOMPARE(count(at(work)), 1);
+        QCOMPARE(count(at(notes)), 1);
+
+        library[0]->setTitle(QStringLiteral("insert")); // stops matching
+        notifier.noteSnippetTitleChanged(library[0], nullptr);
+        QTRY_COMPARE(count(at(smartA)), 1);
+        ZDSnippetPtr removed = library.takeAt(2);
+        notifier.noteSnippetsRemoved({removed}, nullptr);
+        ZDSnippetPtr added = ZDSnippet::create(QStringLiteral("script"), work->UUID());
+        library << added;
+        notifier.noteSnippetAdded(added, nullptr);
+        QTRY_COMPARE(count(uncategorized), 0);
+        QTRY_COMPARE(count(at(work)), 2);
+        QCOMPARE(count(at(smartA)), 1);
+        QCOMPARE(count(model->allSnippetsIndex()), 3);
+
+        // A library switch counts the new library from scratch (the index at its next tick).
+        library = {ZDSnippet::create(QStringLiteral("lone"))};
+        notifier.noteApplicationLibraryChanged(nullptr);
+        QTRY_COMPARE(count(at(smartA)), 0);
+        QTRY_COMPARE(index.buildDirtyTypes(), int(ZDCoreIndex::All));
+        tick->fire();
+        QTRY_COMPARE(count(model->allSnippetsIndex()), 1);
+        QCOMPARE(count(at(work)), 0);
+
+        // The sidebar draws a badge only beside rows with a count.
+        ZDSidebarView view;
+        view.setSidebarModel(model.get());
+        view.resize(240, 500);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        const QImage image = view.viewport()->grab().toImage();
+        auto badgeDrawn = [&](const QModelIndex &row) {
+            const QRect rect = view.visualRect(row);
+            const QColor background = image.pixelColor(rect.right() - 2, rect.center().y());
+            for (int x = rect.right() - 30; x < rect.right(); ++x) {
+                if (image.pixelColor(x, rect.center().y()) != background)
+                    return true;
+            }
+            return false;
+        };
+        QVERIFY(badgeDrawn(at(smartA)));
+        QVERIFY(!badgeDrawn(at(smartB)));
+        QVERIFY(!badgeDrawn(model->groupIndex(kTags)));
     }
 
     void countsComeFromTheProviderExceptForGroups()

@@ -164,3 +164,72 @@ TEST_F(CoreIndexTest, ALibrarySwitchRecountsOnlyAValidLibraryAndActiveLanguagesR
     defaults.setActiveLanguageIdentifiers({QStringLiteral("GoLexer")});
     EXPECT_TRUE(index->isTimerRunning());
 }
+
+TEST_F(CoreIndexTest, MovesRetaggingAndLanguageChangesCountAtOnceFromWhereTheSnippetWas)
+{
+    ZDMulticastDelegateHandler notifier;
+    makeIndex(&notifier).rebuildAllIndex();
+    settle();
+    // The tick keeps running, so nothing below is recounted before the next one.
+    ASSERT_TRUE(index->isTimerRunning());
+    ZDSnippetPtr a = library[0], b = library[1];
+    b->setFolderUUID(parent->UUID());
+    notifier.noteSnippetsCategoryChanged({b}, nullptr);
+    a->setTagUUIDs({shell->UUID()});
+    notifier.noteSnippetsTagsChanged({a}, nullptr);
+    for (const ZDSnippetPartPtr &part : a->parts())
+        part->setLanguage(registry.languageWithIdentifier(QStringLiteral("RustLexer")));
+    notifier.noteSnippetsLanguageChanged({a}, nullptr);
+    const QHash<QString, qint64> expectedFolders{{"Uncategorized", 1}, {"Work", 1}, {"Scripts", 1}};
+    const QHash<QString, qint64> expectedTags{{"python", 1}, {"shell", 2}};
+    // Each kind is recounted at the next tick all the same.
+    ASSERT_TRUE(ZDTestSupport::waitFor([&] { return index->buildDirtyTypes() == int(ZDCoreIndex::All); }));
+    EXPECT_EQ(counts(index->folders()), expectedFolders);
+    EXPECT_EQ(counts(index->tags()), expectedTags);
+    EXPECT_EQ(counts(index->languages()).value(QStringLiteral("Rust")), 1);
+    EXPECT_EQ(counts(index->languages()).value(QStringLiteral("Python")), 0);
+
+    // A snippet already seen by a recount is not counted twice by its late notice; one filed
+    // in a folder the library does not know counts as uncategorized.
+    ZDSnippetPtr orphan = addSnippet(QStringLiteral("d"));
+    orphan->setFolderUUID(QStringLiteral("gone"));
+    manualTimer->fire();
+    settle();
+    notifier.noteSnippetAdded(orphan, nullptr);
+    ZDTestSupport::waitFor([] { return false; }, 50);
+    EXPECT_EQ(counts(index->folders()).value(QStringLiteral("Uncategorized")), 2);
+    notifier.noteSnippetsRemoved({orphan}, nullptr);
+    EXPECT_TRUE(ZDTestSupport::waitFor(
+        [&] { return counts(index->folders()).value(QStringLiteral("Uncategorized")) == 1; }));
+}
+
+TEST_F(CoreIndexTest, ChangesNoticedWhileARecountRunsSurviveItsResult)
+{
+    makeIndex().rebuildAllIndex();
+    // The recount has taken its facts; its result arrives through the event loop.
+    ZDSnippetPtr added = addSnippet(QStringLiteral("d"));
+    added->setTagUUIDs({shell->UUID()});
+    index->snippetDidAdd(nullptr, added);
+    ZDCategoryNodePtr fresh = ZDCategoryNode::folderNodeWithTitle(QStringLiteral("Fresh"));
+    index->folderDidAdd(nullptr, fresh, nullptr, 3);
+    index->snippetsDidRemove(nullptr, {library[1]});
+    settle();
+    EXPECT_EQ(counts(index->folders()),
+              (QHash<QString, qint64>{{"Uncategorized", 2}, {"Work", 0}, {"Scripts", 1}, {"Fresh", 0}}));
+    EXPECT_EQ(counts(index->tags()), (QHash<QString, qint64>{{"python", 1}, {"shell", 1}}));
+}
+
+TEST_F(CoreIndexTest, ARecountOfOneKindLeavesTheOtherKindsToTheirOwnNotices)
+{
+    makeIndex().rebuildAllIndex();
+    settle();
+    manualTimer->fire(); // quiet: stops
+    ZDSnippetPtr b = library[1];
+    b->setFolderUUID(parent->UUID());
+    b->setTagUUIDs({shell->UUID()});
+    index->snippetsCategoryDidChange(nullptr, {b}); // recounts folders at once, seeing the new tags too
+    index->snippetsTagsDidChange(nullptr, {b});
+    settle();
+    EXPECT_EQ(counts(index->tags()), (QHash<QString, qint64>{{"python", 1}, {"shell", 1}}));
+    EXPECT_EQ(counts(index->folders()).value(QStringLiteral("Work")), 1);
+}

@@ -47,10 +47,9 @@ ZDMainWindow::ZDMainWindow(ZDUserDefaults &defaults, ZDMulticastDelegateHandler 
     m_reloadTimer->setSingleShot(true);
     m_reloadTimer->setInterval(30);
     connect(m_reloadTimer, &QTimer::timeout, this, [this] {
-        const bool sidebar = std::exchange(m_reloadSidebar, false);
-        if (sidebar)
-            reloadSidebar(); // counts too
-        reloadList(!sidebar);
+        if (std::exchange(m_reloadSidebar, false))
+            reloadSidebar();
+        reloadList();
     });
     buildLayout();
     buildMenus();

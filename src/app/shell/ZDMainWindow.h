@@ -4,6 +4,7 @@
 #include "ZDRecordTypes.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
@@ -18,6 +19,7 @@ class ZDLibraryActions;
 class ZDMulticastDelegateHandler;
 class ZDSidebarModel;
 class ZDSidebarView;
+class ZDSmartGroupCounts;
 class ZDSnippetListModel;
 class ZDSnippetListView;
 class ZDSearchEngine;
@@ -42,8 +44,11 @@ public:
     ZDDataCenter *dataCenter() const { return m_center; }
     /// The pane where the snippet editor goes (it replaces the placeholder).
     void setEditorWidget(QWidget *editor, std::function<void(const ZDSnippetPtr &)> showSnippet);
-    /// The engine that answers the search field and the counts its "in:" proposals come from.
+    /// The engine that answers the search field and the counts its "in:" proposals come from;
+    /// the sidebar shows those counts too.
     void setSearchServices(ZDSearchEngine *engine, ZDCoreIndex *counts);
+    /// The counts the sidebar shows beside smart groups.
+    void setSmartGroupCounts(ZDSmartGroupCounts *counts);
     /// Shows `snippets` in the list instead of the selected node's, in their order when
     /// `keepOrder`.
     void showSearchResults(const ZDSnippetList &snippets, bool keepOrder);
@@ -83,9 +88,9 @@ protected:
     void snippetDidAdd(QObject *sender, const ZDSnippetPtr &snippet) override;
     void snippetContentDidChange(QObject *, const ZDSnippetPtr &snippet) override;
     void snippetTitleDidChange(QObject *, const ZDSnippetPtr &snippet) override;
-    void snippetsTagsDidChange(QObject *, const ZDSnippetList &) override { scheduleReload(true); }
+    void snippetsTagsDidChange(QObject *, const ZDSnippetList &) override { scheduleReload(false); }
     void snippetsDidRemove(QObject *, const ZDSnippetList &snippets) override;
-    void snippetsCategoryDidChange(QObject *, const ZDSnippetList &) override { scheduleReload(true); }
+    void snippetsCategoryDidChange(QObject *, const ZDSnippetList &) override { scheduleReload(false); }
     void snippetsLanguageDidChange(QObject *, const ZDSnippetList &snippets) override;
     void applicationLibraryDidChange(QObject *) override { scheduleReload(true); }
     void categorySelectionDidChange(QObject *sender, const ZDCategoryNodePtr &category,
@@ -100,9 +105,10 @@ private:
 
     void scheduleReload(bool sidebarToo);
     void reloadSidebar();
-    /// Lists the selected node's snippets again; the sidebar's counts first unless just counted.
-    void reloadList(bool recountFirst = true);
-    void recount();
+    /// The library's tags in the sidebar's order (by title, or by count when the user asks).
+    QList<ZDCategoryNodePtr> sortedTagNodes() const;
+    /// Lists the selected node's snippets again.
+    void reloadList();
     void showSelectedSnippets();
 
     void deleteSelection();
@@ -130,7 +136,8 @@ private:
     QLabel *m_footer = nullptr;
     ZDSearchView *m_search = nullptr;
     ZDSearchEngine *m_engine = nullptr;
-    ZDCoreIndex *m_counts = nullptr;
+    QPointer<ZDCoreIndex> m_counts;
+    QPointer<ZDSmartGroupCounts> m_smartGroupCounts;
     QStackedWidget *m_editorStack = nullptr;
     QLabel *m_editorPlaceholder = nullptr;
     QWidget *m_editor = nullptr;
@@ -138,8 +145,6 @@ private:
     QTimer *m_reloadTimer = nullptr;
     bool m_reloadSidebar = false;
     bool m_showingSearchResults = false;
-    QHash<QString, int> m_folderCounts;
-    QHash<QString, int> m_tagCounts;
-    int m_totalCount = 0;
+    QStringList m_shownTagUUIDs; // the sidebar's tags, in its order
     ZDSnippetPtr m_shownSnippet;
 };

@@ -3,8 +3,8 @@
 
 #include "ZDMainWindow.h"
 
-#include "ZDCategoryNode.h"
 #include "ZDAnalytics.h"
+#include "ZDCategoryNode.h"
 #include "ZDCoreIndex.h"
 #include "ZDDataCenter.h"
 #include "ZDLibraryActions.h"
@@ -12,8 +12,9 @@
 #include "ZDSearchEngine.h"
 #include "ZDSearchView.h"
 #include "ZDSidebarModel.h"
-#include "ZDSmartGroupEditor.h"
 #include "ZDSidebarView.h"
+#include "ZDSmartGroupCounts.h"
+#include "ZDSmartGroupEditor.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetCollection.h"
 #include "ZDSnippetListModel.h"
@@ -51,7 +52,7 @@ void ZDMainWindow::setDataCenter(ZDDataCenter *center)
     }
     setLibraryState({});
     reloadSidebar();
-    reloadList(false);
+    reloadList();
     m_list->setFocus();
 }
 
@@ -61,70 +62,43 @@ void ZDMainWindow::scheduleReload(bool sidebarToo)
     m_reloadTimer->start();
 }
 
-void ZDMainWindow::recount()
+QList<ZDCategoryNodePtr> ZDMainWindow::sortedTagNodes() const
 {
-    m_folderCounts.clear();
-    m_tagCounts.clear();
-    const ZDSnippetList snippets = m_center->snippets();
-    m_totalCount = int(snippets.size());
-    for (const ZDSnippetPtr &snippet : snippets) {
-        ++m_folderCounts[snippet->folderUUID()];
-        for (const QString &tag : snippet->tagUUIDs())
-            ++m_tagCounts[tag];
+    QList<ZDCategoryNodePtr> tags = m_center->tagNodes();
+    QHash<QString, qint64> counts;
+    if (m_counts && m_defaults.tagsSortMethod() == SortBySnippetsCount) {
+        for (const ZDIndexResult &tag : m_counts->tags())
+            counts.insert(tag.ubiquitousName, tag.count);
     }
+    const QCollator collator = ZDSnippetCollection::titleCollator();
+    std::stable_sort(tags.begin(), tags.end(), [&](const ZDCategoryNodePtr &a, const ZDCategoryNodePtr &b) {
+        if (counts.value(a->UUID()) != counts.value(b->UUID()))
+            return counts.value(a->UUID()) > counts.value(b->UUID());
+        return collator.compare(a->title(), b->title()) < 0;
+    });
+    return tags;
 }
 
 void ZDMainWindow::reloadSidebar()
 {
     if (!m_center || !m_center->dataCenterHasValidLibrary())
         return;
-    recount();
-    QList<ZDCategoryNodePtr> tags = m_center->tagNodes();
-    const QCollator collator = ZDSnippetCollection::titleCollator();
-    const bool byCount = m_defaults.tagsSortMethod() == SortBySnippetsCount;
-    std::stable_sort(tags.begin(), tags.end(), [&](const ZDCategoryNodePtr &a, const ZDCategoryNodePtr &b) {
-        if (byCount && m_tagCounts.value(a->UUID()) != m_tagCounts.value(b->UUID()))
-            return m_tagCounts.value(a->UUID()) > m_tagCounts.value(b->UUID());
-        return collator.compare(a->title(), b->title()) < 0;
-    });
-    m_sidebarModel->setContent({m_center->shortcutNodes(), m_center->rootFolderNodes(), m_center->smartGroupNodes(), tags});
-
-    const QHash<QString, QString> folders = m_center->folderTitles();
-    m_sidebarModel->setCountProvider([this, folders](const ZDCategoryNode &node) -> int {
-        switch (node.nodeType()) {
-        case ZDCategoryNode::AllSnippets:
-            return m_totalCount;
-        case ZDCategoryNode::Uncategorized: {
-            // Snippets of folders that no longer exist show under Uncategorized.
-            int count = 0;
-            for (auto it = m_folderCounts.cbegin(); it != m_folderCounts.cend(); ++it) {
-                if (!folders.contains(it.key()) || it.key() == QLatin1String(ZDUncategorizedUUID))
-                    count += it.value();
-            }
-            return count;
-        }
-        case ZDCategoryNode::Folder:
-        case ZDCategoryNode::Shortcut:
-            return m_folderCounts.value(node.UUID());
-        case ZDCategoryNode::Tag:
-            return m_tagCounts.value(node.UUID());
-        default:
-            return -1;
-        }
-    });
+    const QList<ZDCategoryNodePtr> tags = sortedTagNodes();
+    m_shownTagUUIDs.clear();
+    for (const ZDCategoryNodePtr &tag : tags)
+        m_shownTagUUIDs << tag->UUID();
+    // The counts come from the counting services, which follow the library on their own.
+    m_sidebarModel->setContent(
+        {m_center->shortcutNodes(), m_center->rootFolderNodes(), m_center->smartGroupNodes(), tags});
 }
 
-void ZDMainWindow::reloadList(bool recountFirst)
+void ZDMainWindow::reloadList()
 {
     if (!m_center || !m_center->dataCenterHasValidLibrary())
         return;
     if (m_showingSearchResults) {
         runSearch(); // the results follow the library
         return;
-    }
-    if (recountFirst) {
-        recount();
-        m_sidebarModel->refreshCounts();
     }
     const QStringList selected = [this] {
         QStringList UUIDs;
@@ -423,10 +397,32 @@ void ZDMainWindow::applyDrop(const ZDSidebarDrop &drop)
 
 // Searching.
 
+void ZDMainWindow::setSmartGroupCounts(ZDSmartGroupCounts *counts)
+{
+    m_smartGroupCounts = counts;
+    m_sidebarModel->setCountSources(m_counts, m_smartGroupCounts);
+}
+
 void ZDMainWindow::setSearchServices(ZDSearchEngine *engine, ZDCoreIndex *counts)
 {
+    if (m_counts)
+        disconnect(m_counts, nullptr, this, nullptr);
     m_engine = engine;
     m_counts = counts;
+    m_sidebarModel->setCountSources(m_counts, m_smartGroupCounts);
+    if (counts) {
+        // Tags sorted by count move when their counts change.
+        connect(counts, &ZDCoreIndex::indexDidChange, this, [this] {
+            if (!m_center || !m_center->dataCenterHasValidLibrary() ||
+                m_defaults.tagsSortMethod() != SortBySnippetsCount)
+                return;
+            QStringList order;
+            for (const ZDCategoryNodePtr &tag : sortedTagNodes())
+                order << tag->UUID();
+            if (order != m_shownTagUUIDs)
+                scheduleReload(true);
+        });
+    }
     m_search->setProposalProvider([this](ZDSearchView *view, const QString &keyword) {
         if (!m_counts)
             return QList<ZDSearchProposalSection>();

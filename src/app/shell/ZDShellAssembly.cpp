@@ -5,8 +5,9 @@
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
 #include "ZDPreferencesWindow.h"
-#include "ZDSnippetEditorView.h"
 #include "ZDSearchEngine.h"
+#include "ZDSmartGroupCounts.h"
+#include "ZDSnippetEditorView.h"
 #include "ZDUserDefaults.h"
 
 #include <QUrl>
@@ -24,13 +25,16 @@ void ZDShellAssembly::setDataCenter(ZDDataCenter *center)
     m_center = center;
     ZDDataCenter::install(center);
     if (center && center->dataCenterHasValidLibrary()) {
-        // Both listen before the library-changed notice below, which builds them.
+        // All listen before the library-changed notice below, which builds them.
         m_engine = std::make_unique<ZDSearchEngine>([center] { return center->snippets(); }, &m_notifier);
         ZDSearchEngine::install(m_engine.get());
         m_counts = std::make_unique<ZDCoreIndex>(ZDCoreIndexSource::fromDataCenter(*center, &m_defaults), &m_notifier,
                                                  &m_defaults);
         ZDCoreIndex::install(m_counts.get());
         m_window.setSearchServices(m_engine.get(), m_counts.get());
+        m_smartGroupCounts = std::make_unique<ZDSmartGroupCounts>(
+            ZDSmartGroupCountsSource::fromDataCenter(*center), &m_notifier);
+        m_window.setSmartGroupCounts(m_smartGroupCounts.get());
     }
     m_window.setDataCenter(center);
     m_notifier.noteApplicationLibraryChanged(center);
@@ -95,10 +99,12 @@ void ZDShellAssembly::shutDown()
     commitEdits();
     m_window.setEditorWidget(nullptr, {});
     m_window.setSearchServices(nullptr, nullptr);
+    m_window.setSmartGroupCounts(nullptr);
     m_window.setDataCenter(nullptr);
     m_notifier.removeDelegate(&m_window);
     ZDSearchEngine::install(nullptr);
     ZDCoreIndex::install(nullptr);
     m_engine.reset();
     m_counts.reset();
+    m_smartGroupCounts.reset();
 }

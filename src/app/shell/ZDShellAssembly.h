@@ -12,13 +12,14 @@ class ZDHighlighter;
 class ZDMainWindow;
 class ZDMulticastDelegateHandler;
 class ZDSearchEngine;
+class ZDSmartGroupCounts;
 class ZDSnippetEditorView;
 class ZDUserDefaults;
 
-/// Puts the program together as its parts arrive: the library store with the search engine
-/// and the counting index, the highlighter, the snippet editor and the preferences window. The library-changed and
-/// initialised notices are posted once the store is installed, so every listener (search
-/// indexes, counts, windows) loads from it.
+/// Puts the program together as its parts arrive: the library store with the search engine,
+/// the counting index and the smart-group counts, the highlighter, the snippet editor and the preferences
+/// window. The library-changed and initialised notices are posted once the store is installed, so every
+/// listener (search indexes, counts, windows) loads from it.
 class ZDShellAssembly : public QObject
 {
     Q_OBJECT
@@ -49,4 +50,5 @@ private:
     QPointer<ZDSnippetEditorView> m_editor;
     std::unique_ptr<ZDSearchEngine> m_engine;
     std::unique_ptr<ZDCoreIndex> m_counts;
+    std::unique_ptr<ZDSmartGroupCounts> m_smartGroupCounts;
 };

@@ -1,6 +1,8 @@
 #include "ZDSidebarModel.h"
 
 #include "ZDCategoryNode.h"
+#include "ZDCoreIndex.h"
+#include "ZDSmartGroupCounts.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetCollection.h"
 #include "ZDSnippetPasteboard.h"
@@ -82,6 +84,66 @@ void ZDSidebarModel::setCountProvider(std::function<int(const ZDCategoryNode &)>
 {
     m_countProvider = std::move(provider);
     refreshCounts();
+}
+
+void ZDSidebarModel::setCountSources(ZDCoreIndex *index, ZDSmartGroupCounts *smartGroups)
+{
+    if (m_index)
+        disconnect(m_index, nullptr, this, nullptr);
+    if (m_smartGroups)
+        disconnect(m_smartGroups, nullptr, this, nullptr);
+    m_index = index;
+    m_smartGroups = smartGroups;
+    if (index) {
+        connect(index, &ZDCoreIndex::indexDidChange, this, [this] {
+            takeIndexCounts();
+            refreshCounts();
+        });
+    }
+    if (smartGroups)
+        connect(smartGroups, &ZDSmartGroupCounts::countsDidChange, this, &ZDSidebarModel::refreshCounts);
+    takeIndexCounts();
+    setCountProvider([this](const ZDCategoryNode &node) { return countOf(node); });
+}
+
+void ZDSidebarModel::takeIndexCounts()
+{
+    m_folderCounts.clear();
+    m_tagCounts.clear();
+    m_totalCount = -1;
+    if (!m_index)
+        return;
+    const QList<ZDIndexResult> folders = m_index->folders();
+    // Before the first count the index lists no folder, not even Uncategorized.
+    if (folders.isEmpty())
+        return;
+    m_totalCount = 0;
+    for (const ZDIndexResult &folder : folders) {
+        m_folderCounts.insert(folder.ubiquitousName, folder.count);
+        m_totalCount += folder.count; // every snippet counts in exactly one folder
+    }
+    for (const ZDIndexResult &tag : m_index->tags())
+        m_tagCounts.insert(tag.ubiquitousName, tag.count);
+}
+
+int ZDSidebarModel::countOf(const ZDCategoryNode &node) const
+{
+    if (node.isSmartGroup())
+        return m_smartGroups ? int(m_smartGroups->countForSmartGroup(node.UUID())) : -1;
+    if (m_totalCount < 0)
+        return -1;
+    switch (node.nodeType()) {
+    case ZDCategoryNode::AllSnippets:
+        return int(m_totalCount);
+    case ZDCategoryNode::Uncategorized:
+    case ZDCategoryNode::Folder:
+    case ZDCategoryNode::Shortcut:
+        return int(m_folderCounts.value(node.UUID()));
+    case ZDCategoryNode::Tag:
+        return int(m_tagCounts.value(node.UUID()));
+    default:
+        return -1;
+    }
 }
 
 void ZDSidebarModel::refreshCounts()

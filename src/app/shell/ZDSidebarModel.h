@@ -3,11 +3,16 @@
 #include "ZDRecordTypes.h"
 
 #include <QAbstractItemModel>
+#include <QHash>
+#include <QPointer>
 #include <QStringList>
 
 #include <functional>
 #include <memory>
 #include <vector>
+
+class ZDCoreIndex;
+class ZDSmartGroupCounts;
 
 /// What the sidebar shows: the library's lists of nodes, as the store hands them out.
 struct ZDSidebarContent
@@ -60,6 +65,10 @@ public:
     void setSortsFoldersAndSmartGroups(bool sorts);
     /// Count shown beside a node; a negative count shows none.
     void setCountProvider(std::function<int(const ZDCategoryNode &)> provider);
+    /// Shows the counting index's counts beside All Snippets, Uncategorized, folders, shortcuts
+    /// and tags, and the smart groups' own counts, following both as they change. Either may
+    /// be null; nodes without a count (or before the first count) show none.
+    void setCountSources(ZDCoreIndex *index, ZDSmartGroupCounts *smartGroups);
     /// Asks every count again.
     void refreshCounts();
 
@@ -103,8 +112,16 @@ private:
 
     ZDSidebarContent m_content;
     bool m_sorts = false;
+    int countOf(const ZDCategoryNode &node) const;
+    void takeIndexCounts();
+
     std::function<int(const ZDCategoryNode &)> m_countProvider;
     std::unique_ptr<Item> m_root;
+    QPointer<ZDCoreIndex> m_index;
+    QPointer<ZDSmartGroupCounts> m_smartGroups;
+    QHash<QString, qint64> m_folderCounts; // as the index last counted, by UUID
+    QHash<QString, qint64> m_tagCounts;
+    qint64 m_totalCount = -1;
 };
 
 Q_DECLARE_METATYPE(ZDSidebarDrop)
