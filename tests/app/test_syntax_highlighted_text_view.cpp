@@ -1,7 +1,6 @@
 // The code editor widget: keys and commands edit the text as one named undo step each.
 #include "ZDCodeDocument.h"
 #include "ZDCodeDocumentLayout.h"
-#include "ZDDocumentHighlighter.h"
 #include "ZDEditorTheme.h"
 #include "ZDHighlighter.h"
 #include "ZDMarkdownCommands.h"
