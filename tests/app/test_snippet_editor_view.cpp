@@ -1,5 +1,6 @@
-// The snippet editor pane: edits reach the library store with their notices, and a snippet
-// announced again is reloaded only when it changed.
+// The snippet editor pane: edits reach the library store with their notices, each part keeps
+// its documents while the snippet is shown, typing reaches the record when it pauses, and a
+// snippet announced again takes in only what changed.
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
 #include "ZDLanguageChooser.h"
@@ -154,14 +155,15 @@ private Q_SLOTS:
         QCOMPARE(m_snippet->parts().constFirst()->language(), python);
         QCOMPARE(m_view->codeView()->currentLexer(), QStringLiteral("PythonLexer"));
 
-        // Typing changes the record at once; the notice follows the pause.
+        // Typing reaches the record, and is announced, when it pauses.
         m_view->codeView()->setFocus();
         QTest::keyClicks(m_view->codeView(), QStringLiteral("import os"));
-        QCOMPARE(m_snippet->parts().constFirst()->content(), QStringLiteral("import os"));
+        QCOMPARE(m_snippet->parts().constFirst()->content(), QString());
         deliverNotices();
         QVERIFY(!m_recorder.notices.isEmpty());
         const qsizetype before = m_recorder.notices.count(QStringLiteral("content"));
         m_view->commitPendingText();
+        QCOMPARE(m_snippet->parts().constFirst()->content(), QStringLiteral("import os"));
         deliverNotices();
         QCOMPARE(m_recorder.notices.count(QStringLiteral("content")), before + 1);
         for (const QString &kind :
@@ -198,7 +200,7 @@ private Q_SLOTS:
         m_view->titleField()->setText(QString());
         QTest::keyClicks(m_view->titleField(), QStringLiteral("Draft"));
         ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(m_snippet, nullptr);
-        deliverNotices(); // notices posted together may arrive in either order
+        deliverNotices();
         const ZDSnippetPtr copy = std::make_shared<ZDSnippet>(
             m_snippet->title(), m_snippet->UUID(), m_snippet->folderUUID(), m_snippet->tagUUIDs(), QString(),
             QString(), QString(), m_snippet->parts(), m_snippet->dateCreated(), m_snippet->dateModified());
@@ -231,6 +233,157 @@ private Q_SLOTS:
         ZDMulticastDelegateHandler::globalHandler().noteSnippetsRemoved({m_snippet}, nullptr);
         deliverNotices();
         QVERIFY(!m_view->snippet());
+    }
+
+    void eachPartKeepsItsDocumentsWhileTheSnippetIsShown()
+    {
+        ZDSyntaxHighlightedTextView *code = m_view->codeView();
+        const ZDSnippetPartPtr first = m_snippet->parts().constFirst();
+        QString text;
+        for (int line = 0; line < 200; ++line)
+            text += QStringLiteral("line %1\n").arg(line);
+        first->setContent(text); // changed elsewhere: the shown part takes the new text
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(m_snippet, nullptr);
+        deliverNotices();
+        QCOMPARE(code->toPlainText(), text);
+        m_view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+        Q_EMIT m_view->languageChooser()->languageChosen(
+            ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("PythonLexer")));
+
+        const int caret = int(text.indexOf(QStringLiteral("line 150")));
+        code->setSelectedRange({caret, 0});
+        QTest::keyClicks(code, QStringLiteral("X"));
+        QTest::keyClicks(m_view->notesView(), QStringLiteral("n"));
+        const int scroll = code->verticalScrollBar()->value();
+        QVERIFY(scroll > 0);
+
+        m_view->addPart(); // shown at once, with a document of its own
+        Q_EMIT m_view->languageChooser()->languageChosen(
+            ZDLanguageRegistry::shared()->languageWithIdentifier(QStringLiteral("BashLexer")));
+        QVERIFY(code->toPlainText().isEmpty());
+        QVERIFY(!code->document()->isUndoAvailable());
+        QVERIFY(m_view->notesView()->toPlainText().isEmpty());
+        QTest::keyClicks(code, QStringLiteral("b"));
+
+        // Back to the first part: its unsaved typing, undo history, caret, scroll and lexer.
+        m_view->selectPart(0);
+        const QString typed = QString(text).insert(caret, QLatin1Char('X'));
+        QCOMPARE(code->toPlainText(), typed);
+        QCOMPARE(first->content(), text);
+        QCOMPARE(code->selectedRange().location, caret + 1);
+        QCOMPARE(code->verticalScrollBar()->value(), scroll);
+        QCOMPARE(code->currentLexer(), QStringLiteral("PythonLexer"));
+        QCOMPARE(m_view->notesView()->toPlainText(), QStringLiteral("n"));
+        code->undo();
+        QCOMPARE(code->toPlainText(), text);
+        code->redo();
+        m_view->selectPart(1);
+        QCOMPARE(code->toPlainText(), QStringLiteral("b"));
+        QVERIFY(code->document()->isUndoAvailable());
+        QCOMPARE(code->currentLexer(), QStringLiteral("BashLexer"));
+
+        // The pause saves both parts with one notice.
+        deliverNotices();
+        m_recorder.notices.clear();
+        QTRY_COMPARE(first->content(), typed);
+        QCOMPARE(first->note(), QStringLiteral("n"));
+        QCOMPARE(m_snippet->parts().at(1)->content(), QStringLiteral("b"));
+        deliverNotices();
+        QCOMPARE(m_recorder.notices, QStringList{QStringLiteral("content")});
+    }
+
+    void typingReachesTheRecordOncePerPauseAndIsNeverLost()
+    {
+        ZDSyntaxHighlightedTextView *code = m_view->codeView();
+        const ZDSnippetPartPtr part = m_snippet->parts().constFirst();
+        const QString text = part->content();
+        code->setSelectedRange({0, 0});
+        for (int i = 0; i < 60; ++i) {
+            QTest::keyClicks(code, QStringLiteral("ab"));
+            QTest::keyClick(code, Qt::Key_Backspace);
+        }
+        QTest::keyClicks(m_view->notesView(), QStringLiteral("note"));
+        // Keystrokes leave the record alone: no copy of the whole text each.
+        QCOMPARE(part->content(), text);
+        QVERIFY(part->note().isEmpty());
+        deliverNotices();
+        QVERIFY(m_recorder.notices.isEmpty());
+        QTRY_COMPARE(part->content(), QString(60, QLatin1Char('a')) + text);
+        QCOMPARE(part->note(), QStringLiteral("note"));
+        deliverNotices();
+        QCOMPARE(m_recorder.notices, QStringList{QStringLiteral("content")});
+
+        // Typing then undone changes nothing, and is not announced.
+        QTest::keyClicks(code, QStringLiteral("z"));
+        code->undo();
+        m_view->commitPendingText();
+        deliverNotices();
+        QCOMPARE(m_recorder.notices, QStringList{QStringLiteral("content")});
+
+        // Showing another snippet saves the typing first; the other starts with fresh documents.
+        QTest::keyClicks(code, QStringLiteral("1"));
+        QString shown = code->toPlainText();
+        const ZDSnippetPtr other = ZDSnippet::create(QStringLiteral("Other"));
+        m_center->addSnippet(other);
+        m_view->setSnippet(other);
+        QCOMPARE(part->content(), shown);
+        QVERIFY(code->toPlainText().isEmpty());
+        QVERIFY(!code->document()->isUndoAvailable());
+        QTest::keyClicks(code, QStringLiteral("2"));
+        m_view->setSnippet(m_snippet);
+        QCOMPARE(other->parts().constFirst()->content(), QStringLiteral("2"));
+        QVERIFY(!code->document()->isUndoAvailable());
+
+        // So does the pane when it goes.
+        QTest::keyClicks(code, QStringLiteral("3"));
+        shown = code->toPlainText();
+        m_view.reset();
+        QCOMPARE(part->content(), shown);
+    }
+
+    void changesFromElsewhereMeetTheOpenParts()
+    {
+        ZDSyntaxHighlightedTextView *code = m_view->codeView();
+        m_view->addPart();
+        QTest::keyClicks(code, QStringLiteral("b"));
+        m_view->commitPendingText();
+        m_view->selectPart(0);
+        code->setSelectedRange({0, 0});
+        QTest::keyClicks(code, QStringLiteral("typed "));
+
+        // The store holds another object now, with the part not shown changed; the shown part
+        // keeps its unsaved typing, caret and history, and the typing goes to the new object.
+        QList<ZDSnippetPartPtr> parts;
+        for (const ZDSnippetPartPtr &part : m_snippet->parts())
+            parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(),
+                                                         part->note(), part->content(), part->dateCreated(),
+                                                         part->dateModified(), part->snippetUUID()));
+        parts.at(1)->setContent(QStringLiteral("from elsewhere"));
+        const ZDSnippetPtr replaced = std::make_shared<ZDSnippet>(
+            m_snippet->title(), m_snippet->UUID(), m_snippet->folderUUID(), m_snippet->tagUUIDs(), QString(),
+            QString(), QString(), parts, m_snippet->dateCreated(), m_snippet->dateModified());
+        m_center->addSnippet(replaced);
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(replaced, nullptr);
+        deliverNotices();
+        const QString typed = QStringLiteral("typed line one\nline two\nline three\n");
+        QCOMPARE(code->toPlainText(), typed);
+        QCOMPARE(code->selectedRange().location, 6);
+        QVERIFY(code->document()->isUndoAvailable());
+        m_view->selectPart(1);
+        QCOMPARE(code->toPlainText(), QStringLiteral("from elsewhere"));
+        QVERIFY(!code->document()->isUndoAvailable());
+        m_view->commitPendingText();
+        QCOMPARE(m_view->snippet(), replaced);
+        QCOMPARE(parts.at(0)->content(), typed);
+        QCOMPARE(parts.at(1)->content(), QStringLiteral("from elsewhere"));
+
+        // A part removed elsewhere goes from the bar with its document.
+        replaced->setParts({parts.at(0)});
+        ZDMulticastDelegateHandler::globalHandler().noteSnippetContentChanged(replaced, nullptr);
+        deliverNotices();
+        QCOMPARE(m_view->partBar()->count(), 1);
+        QCOMPARE(code->toPlainText(), typed);
     }
 
     void languageChooserOffersActiveLanguagesFirst()
@@ -277,8 +430,9 @@ private Q_SLOTS:
 
         field.lineEdit()->insert(QStringLiteral("PYTHON,go, sql ")); // pasted
         QTest::keyClick(field.lineEdit(), Qt::Key_Tab);
-        QCOMPARE(field.tagNames(), (QStringList{QStringLiteral("python"), QStringLiteral("go"), QStringLiteral("sql")}));
-        QCOMPARE(edits.count(), 1); // one edit for the whole line
+        QCOMPARE(field.tagNames(),
+                 (QStringList{QStringLiteral("python"), QStringLiteral("go"), QStringLiteral("sql")}));
+        QCOMPARE(edits.count(), 1);                               // one edit for the whole line
         QTest::keyClicks(field.lineEdit(), QStringLiteral("x,")); // a typed comma ends a token
         QCOMPARE(edits.count(), 2);
         QTest::keyClick(field.lineEdit(), Qt::Key_Backspace);

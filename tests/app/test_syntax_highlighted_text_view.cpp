@@ -1,4 +1,6 @@
 // The code editor widget: keys and commands edit the text as one named undo step each.
+#include "ZDCodeDocument.h"
+#include "ZDCodeDocumentLayout.h"
 #include "ZDEditorTheme.h"
 #include "ZDHighlighter.h"
 #include "ZDMarkdownCommands.h"
@@ -338,6 +340,46 @@ private Q_SLOTS:
         m_view->setHighlighter(nullptr); // the bridge goes before the view
     }
 
+    // A document handed to the view keeps its text, undo steps and lexer, and takes the view's
+    // settings, theme and bridge; the view's own document is as it was left.
+    void showsDocumentsHandedToIt()
+    {
+        ZDHighlighter bridge(ZDTestSupport::sourceResourcesDirectory() + QStringLiteral("/Vendors"));
+        QVERIFY(bridge.isLoaded());
+        m_defaults->setEditorTheme(QStringLiteral("Xcode"));
+        m_defaults->setEditorLineHeightMultiple(1.5);
+        m_view->setHighlighter(&bridge);
+        setMarkedText(*m_view, QStringLiteral("own«»"));
+        press(*m_view, QStringLiteral("\t"));
+
+        ZDCodeDocument part;
+        part.showText(QStringLiteral("def f():\n    pass\n"), QStringLiteral("PythonLexer"));
+        m_view->setCodeDocument(&part);
+        QCOMPARE(m_view->document(), &part);
+        QCOMPARE(part.defaultFont(), m_view->font());
+        QCOMPARE(part.codeLayout()->lineHeightMultiple(), 1.5);
+        QCOMPARE(part.highlighter(), &bridge);
+        QCOMPARE(m_view->currentLexer(), QStringLiteral("PythonLexer"));
+        QCOMPARE(drawnColor(*m_view, 0), QColor(0xB8, 0x33, 0xA1)); // def
+        QVERIFY(m_view->undoActionName().isEmpty());
+        m_view->duplicateSelectedLines();
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Duplicate"));
+
+        m_view->setCodeDocument(nullptr);
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("own "));
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Typing"));
+        QCOMPARE(m_view->currentLexer(), QStringLiteral("TextLexer"));
+        m_defaults->setEditorLineHeightMultiple(2.0); // reaches the document when it is shown again
+        m_view->setCodeDocument(&part);
+        QCOMPARE(part.codeLayout()->lineHeightMultiple(), 2.0);
+        QCOMPARE(m_view->undoActionName(), QStringLiteral("Duplicate"));
+        m_view->undo();
+        QCOMPARE(m_view->toPlainText(), QStringLiteral("def f():\n    pass\n"));
+        m_view->setCodeDocument(nullptr); // the document goes before the view
+        m_view->setHighlighter(nullptr);
+        m_defaults->setEditorLineHeightMultiple(1.0); // the preferences file outlives the test
+    }
+
     void copyCarriesTheThemeBackground()
     {
         ZDEditorColors colors;
@@ -402,7 +444,8 @@ private Q_SLOTS:
         m_defaults->setEditorLineHeightMultiple(2.0);
         QApplication::processEvents();
         const int spaced = caretTop(2) - caretTop(1);
-        QVERIFY2(qAbs(spaced - 2 * natural) <= 2, qPrintable(QStringLiteral("%1 vs %2").arg(spaced).arg(natural)));
+        QVERIFY2(qAbs(spaced - 2 * natural) <= 2,
+                 qPrintable(QStringLiteral("%1 vs %2").arg(spaced).arg(natural)));
 
         // A click on the third line lands there; an edit keeps the spacing.
         QTextCursor third(m_view->document()->findBlockByNumber(2));
@@ -425,7 +468,8 @@ private Q_SLOTS:
         m_defaults->setUseSoftWrap(true);
         m_defaults->setWrapIndentSize(4);
         m_defaults->setEnableWrapIndent(true);
-        m_view->setPlainText(QStringLiteral("  ") + QStringLiteral("word ").repeated(60) + QStringLiteral("\nshort"));
+        m_view->setPlainText(QStringLiteral("  ") + QStringLiteral("word ").repeated(60) +
+                             QStringLiteral("\nshort"));
         m_view->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
         const QTextBlock block = m_view->document()->firstBlock();
@@ -444,7 +488,8 @@ private Q_SLOTS:
         QVERIFY(qAbs(left - margin - 6 * space) <= 2);
 
         const QRect first = m_view->cursorRect(start);
-        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {}, QPoint(left + 1, first.center().y() + first.height()));
+        QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {},
+                          QPoint(left + 1, first.center().y() + first.height()));
         QCOMPARE(m_view->textCursor().position(), textStart);
 
         m_defaults->setEnableWrapIndent(false);

@@ -1,5 +1,6 @@
 #include "ZDSyntaxHighlightedTextView.h"
 
+#include "ZDCodeDocument.h"
 #include "ZDCodeDocumentLayout.h"
 #include "ZDDocumentHighlighter.h"
 #include "ZDEditorTheme.h"
@@ -22,8 +23,6 @@
 #include <algorithm>
 
 namespace {
-const auto DefaultActionName = QStringLiteral("Typing");
-const auto PlainTextLexer = QStringLiteral("TextLexer");
 constexpr int BracketFlashMs = 500;
 constexpr int CaretBlinkMs = 530;
 
@@ -50,19 +49,16 @@ private:
 ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
     : QPlainTextEdit(parent), m_flashTimer(new QTimer(this)), m_caretTimer(new QTimer(this))
 {
-    auto *codeDocument = new QTextDocument(this);
-    m_layout = new ZDCodeDocumentLayout(codeDocument);
-    codeDocument->setDocumentLayout(m_layout);
-    setDocument(codeDocument);
+    m_ownDocument = new ZDCodeDocument(nullptr, this);
+    m_codeDocument = m_ownDocument;
+    setDocument(m_ownDocument);
+    connect(m_ownDocument, &ZDCodeDocument::textEdited, this,
+            &ZDSyntaxHighlightedTextView::documentContentsChanged);
+    connect(m_ownDocument, &QTextDocument::undoCommandAdded, this,
+            &ZDSyntaxHighlightedTextView::notifyUndoActionNames);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setCursorWidth(0); // the caret is painted in the theme's colour
     m_gutter = new ZDLineNumberGutter(this);
-
-    connect(document(), &QTextDocument::contentsChange, this,
-            &ZDSyntaxHighlightedTextView::documentContentsChanged);
-    connect(document(), &QTextDocument::undoCommandAdded, this, &ZDSyntaxHighlightedTextView::recordUndoStep);
-    m_documentHighlighter = new ZDDocumentHighlighter(document(), nullptr, this);
-    m_lastRevision = document()->revision();
 
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ZDSyntaxHighlightedTextView::updateGutterWidth);
     connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect &rect, int dy) {
@@ -98,7 +94,38 @@ ZDSyntaxHighlightedTextView::ZDSyntaxHighlightedTextView(QWidget *parent)
     updateGutterWidth();
 }
 
-ZDSyntaxHighlightedTextView::~ZDSyntaxHighlightedTextView() = default;
+ZDSyntaxHighlightedTextView::~ZDSyntaxHighlightedTextView()
+{
+    // A document handed in may outlive the view; it keeps nothing of the view's.
+    if (m_codeDocument != m_ownDocument)
+        disconnect(m_codeDocument, nullptr, this, nullptr);
+}
+
+void ZDSyntaxHighlightedTextView::setCodeDocument(ZDCodeDocument *document)
+{
+    ZDCodeDocument *next = document ? document : m_ownDocument;
+    if (next == m_codeDocument)
+        return;
+    disconnect(m_codeDocument, nullptr, this, nullptr);
+    m_codeDocument = next;
+    next->setHighlighter(m_highlighter);
+    setDocument(next);
+    connect(next, &ZDCodeDocument::textEdited, this, &ZDSyntaxHighlightedTextView::documentContentsChanged);
+    connect(next, &QTextDocument::undoCommandAdded, this,
+            &ZDSyntaxHighlightedTextView::notifyUndoActionNames);
+    m_lastLength = next->characterCount() - 1;
+    m_flashedBracket = -1;
+    applyDocumentSettings();
+    updateGutterWidth();
+    updateExtraSelections();
+    notifyUndoActionNames();
+    viewport()->update();
+}
+
+ZDDocumentHighlighter *ZDSyntaxHighlightedTextView::documentHighlighter() const
+{
+    return m_codeDocument->documentHighlighter();
+}
 
 void ZDSyntaxHighlightedTextView::setUserDefaults(ZDUserDefaults *defaults)
 {
@@ -129,30 +156,35 @@ void ZDSyntaxHighlightedTextView::reloadDisplaySettings()
         if (editorFont != font())
             setFont(editorFont);
     }
-    if (m_defaults) {
-        m_layout->setLineHeightMultiple(m_defaults->editorLineHeightMultiple());
-        m_layout->setWrapIndentSpaces(settings.useSoftWrap && m_defaults->enableWrapIndent()
-                                          ? m_defaults->wrapIndentSize()
-                                          : 0);
-    }
     setLineWrapMode(settings.useSoftWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));
-    const bool detectLinks = m_defaults && m_defaults->automaticLinkDetection();
-    const bool recolor = settings.showInvisibles != m_showInvisibles || detectLinks != m_detectLinks;
     m_showInvisibles = settings.showInvisibles;
-    m_detectLinks = detectLinks;
-    m_documentHighlighter->setShowInvisibles(m_showInvisibles);
-    m_documentHighlighter->setAutomaticLinkDetection(m_detectLinks);
+    m_detectLinks = m_defaults && m_defaults->automaticLinkDetection();
     if (m_defaults && m_themeFromPreferences) {
         const auto theme = ZDEditorTheme::currentTheme(*m_defaults);
         if (theme && (!m_theme || !theme->isEqual(*m_theme)))
             applyTheme(theme);
     }
-    if (recolor)
-        m_documentHighlighter->updateHighlightAsync();
+    applyDocumentSettings();
     updateGutterWidth();
     viewport()->update();
+}
+
+// What the settings keep in the document rather than in the view: its font, tab stops, line
+// spacing, wrap indent and colouring.
+void ZDSyntaxHighlightedTextView::applyDocumentSettings()
+{
+    const ZDEditorSettings settings = currentSettings();
+    if (m_codeDocument->defaultFont() != font())
+        m_codeDocument->setDefaultFont(font());
+    if (m_defaults) {
+        m_codeDocument->codeLayout()->setLineHeightMultiple(m_defaults->editorLineHeightMultiple());
+        m_codeDocument->codeLayout()->setWrapIndentSpaces(
+            settings.useSoftWrap && m_defaults->enableWrapIndent() ? m_defaults->wrapIndentSize() : 0);
+    }
+    setTabStopDistance(settings.tabSize * fontMetrics().horizontalAdvance(QLatin1Char(' ')));
+    m_codeDocument->setTheme(m_theme);
+    m_codeDocument->setColoringOptions(m_showInvisibles, m_detectLinks);
 }
 
 void ZDSyntaxHighlightedTextView::setColors(const ZDEditorColors &colors)
@@ -171,7 +203,7 @@ void ZDSyntaxHighlightedTextView::setColors(const ZDEditorColors &colors)
 
 QString ZDSyntaxHighlightedTextView::currentLexer() const
 {
-    return m_currentLexer.isEmpty() ? PlainTextLexer : m_currentLexer;
+    return m_codeDocument->lexer();
 }
 
 // Highlighting and theme
@@ -212,7 +244,7 @@ void ZDSyntaxHighlightedTextView::applyTheme(std::shared_ptr<const ZDEditorTheme
         return;
     m_theme = std::move(theme);
     setColors(colorsOfTheme(*m_theme));
-    m_documentHighlighter->setPalette(zdHighlightPaletteOfTheme(m_theme));
+    m_codeDocument->setTheme(m_theme);
 }
 
 void ZDSyntaxHighlightedTextView::setHighlighter(ZDHighlighter *highlighter)
@@ -220,39 +252,25 @@ void ZDSyntaxHighlightedTextView::setHighlighter(ZDHighlighter *highlighter)
     if (highlighter == m_highlighter)
         return;
     m_highlighter = highlighter;
-    delete m_documentHighlighter;
-    m_documentHighlighter = new ZDDocumentHighlighter(document(), highlighter, this);
-    m_documentHighlighter->setCurrentLexer(m_currentLexer);
-    m_documentHighlighter->setShowInvisibles(m_showInvisibles);
-    m_documentHighlighter->setAutomaticLinkDetection(m_detectLinks);
-    if (m_theme)
-        m_documentHighlighter->setPalette(zdHighlightPaletteOfTheme(m_theme));
-    m_documentHighlighter->updateHighlightAsync();
+    m_codeDocument->setHighlighter(highlighter);
 }
 
 void ZDSyntaxHighlightedTextView::setCurrentLexer(const QString &lexer)
 {
-    if (lexer == m_currentLexer)
-        return;
-    m_currentLexer = lexer;
-    m_documentHighlighter->setCurrentLexer(lexer);
-    m_documentHighlighter->updateHighlightAsync();
+    m_codeDocument->setLexer(lexer);
 }
 
 void ZDSyntaxHighlightedTextView::showText(const QString &text, const QString &lexer)
 {
-    // The text goes in as plain text first, so that only one highlighting pass runs.
-    m_currentLexer.clear();
-    m_documentHighlighter->setCurrentLexer(QString());
-    setPlainText(text);
-    m_currentLexer = lexer;
-    m_documentHighlighter->setCurrentLexer(lexer);
-    m_documentHighlighter->updateHighlightAsync();
+    m_codeDocument->showText(text, lexer);
+    m_lastLength = m_codeDocument->characterCount() - 1;
+    moveCursor(QTextCursor::Start);
+    notifyUndoActionNames();
 }
 
 QColor ZDSyntaxHighlightedTextView::colorAt(int index) const
 {
-    const QColor color = m_documentHighlighter->colorAt(index);
+    const QColor color = m_codeDocument->documentHighlighter()->colorAt(index);
     return color.isValid() ? color : m_colors.foreground;
 }
 
@@ -261,10 +279,6 @@ QColor ZDSyntaxHighlightedTextView::colorAt(int index) const
 void ZDSyntaxHighlightedTextView::documentContentsChanged(int position, int removed, int added)
 {
     const int length = document()->characterCount() - 1;
-    // Format-only changes (highlighting) arrive here too; only a new revision is a text change.
-    if (document()->revision() == m_lastRevision)
-        return;
-    m_lastRevision = document()->revision();
     notifyUndoActionNames();
     const int originalLength = m_lastLength;
     m_lastLength = length;
@@ -282,7 +296,7 @@ bool ZDSyntaxHighlightedTextView::applyEdit(const ZDTextEdit &edit)
         const int originalLength = document()->characterCount() - 1;
         QTextCursor cursor(document());
         m_applyingEdit = true;
-        m_pendingActionName = edit.actionName.isEmpty() ? DefaultActionName : edit.actionName;
+        m_codeDocument->setPendingStepName(edit.actionName);
         cursor.beginEditBlock();
         for (auto it = edit.replacements.crbegin(); it != edit.replacements.crend(); ++it) {
             cursor.setPosition(it->range.location);
@@ -296,7 +310,7 @@ bool ZDSyntaxHighlightedTextView::applyEdit(const ZDTextEdit &edit)
         // after the edit is an undo step of its own.
         cursor.setBlockFormat(cursor.blockFormat());
         cursor.endEditBlock();
-        m_pendingActionName.clear();
+        m_codeDocument->clearPendingStepName();
         m_applyingEdit = false;
         const ZDTextRange changed = edit.changedRange();
         Q_EMIT textDidChange(changed.location, changed.length, originalLength, edit.changedRangeNewLength());
@@ -328,16 +342,6 @@ bool ZDSyntaxHighlightedTextView::runCommand(const ZDTextEditResult &edit)
     return true;
 }
 
-// The document counts undo commands, several to a step; each step is remembered with the
-// command count at its end, so the step at hand is the last one at or below the current count.
-void ZDSyntaxHighlightedTextView::recordUndoStep()
-{
-    const int commands = document()->availableUndoSteps();
-    m_undoSteps.removeIf([&](const UndoStep &step) { return step.commandCount >= commands; });
-    m_undoSteps.append({commands, m_pendingActionName.isEmpty() ? DefaultActionName : m_pendingActionName});
-    notifyUndoActionNames();
-}
-
 void ZDSyntaxHighlightedTextView::notifyUndoActionNames()
 {
     const QStringList names{undoActionName(), redoActionName()};
@@ -349,22 +353,12 @@ void ZDSyntaxHighlightedTextView::notifyUndoActionNames()
 
 QString ZDSyntaxHighlightedTextView::undoActionName() const
 {
-    const int commands = document()->availableUndoSteps();
-    for (auto it = m_undoSteps.crbegin(); it != m_undoSteps.crend(); ++it)
-        if (it->commandCount <= commands)
-            return commands > 0 ? it->name : QString();
-    return commands > 0 ? DefaultActionName : QString();
+    return m_codeDocument->undoStepName();
 }
 
 QString ZDSyntaxHighlightedTextView::redoActionName() const
 {
-    if (!document()->isRedoAvailable())
-        return QString();
-    const int commands = document()->availableUndoSteps();
-    for (const UndoStep &step : m_undoSteps)
-        if (step.commandCount > commands)
-            return step.name;
-    return DefaultActionName;
+    return m_codeDocument->redoStepName();
 }
 
 // Commands

@@ -13,7 +13,7 @@
 #include <memory>
 
 class QTimer;
-class ZDCodeDocumentLayout;
+class ZDCodeDocument;
 class ZDDocumentHighlighter;
 class ZDEditorTheme;
 class ZDHighlighter;
@@ -23,9 +23,11 @@ class ZDUserDefaults;
 /// with the pure commands of the editor library and applies it as one undo step carrying the
 /// command's name. Every change of the text is announced with `textDidChange`.
 ///
-/// The view hosts a ZDDocumentHighlighter on its document: the text is coloured with the lexer
-/// of the part through the highlighter bridge, in the colours of the editor theme. The theme,
-/// font and display settings follow the preferences live unless a theme is set explicitly.
+/// The view shows a ZDCodeDocument: its own, or one handed to it with `setCodeDocument` (an
+/// editor keeps one per part, with its undo history and highlighting). The text is coloured with
+/// the document's lexer through the highlighter bridge, in the colours of the editor theme. The
+/// theme, font and display settings follow the preferences live unless a theme is set
+/// explicitly, and apply to whichever document is shown.
 class ZDSyntaxHighlightedTextView : public QPlainTextEdit
 {
     Q_OBJECT
@@ -55,9 +57,16 @@ public:
 
     /// The bridge the text is highlighted through; null colours plain text only.
     void setHighlighter(ZDHighlighter *highlighter);
-    ZDDocumentHighlighter *documentHighlighter() const { return m_documentHighlighter; }
+    ZDDocumentHighlighter *documentHighlighter() const;
     /// Replaces the text (clearing the undo history) and highlights it with `lexer`.
     void showText(const QString &text, const QString &lexer);
+
+    /// Shows `document` with its text, undo history and highlighting as they are (the caret
+    /// starts at its beginning); null shows the view's own document again. The view does not
+    /// own the document and brings it to its settings, theme and highlighter bridge; show
+    /// another document before deleting the one shown.
+    void setCodeDocument(ZDCodeDocument *document);
+    ZDCodeDocument *codeDocument() const { return m_codeDocument; }
 
     void setTextViewRole(int role) { m_textViewRole = role; }
     int textViewRole() const { return m_textViewRole; }
@@ -137,7 +146,7 @@ private:
                          std::function<void()> handler);
     void documentContentsChanged(int position, int removed, int added);
     void applyTheme(std::shared_ptr<const ZDEditorTheme> theme);
-    void recordUndoStep();
+    void applyDocumentSettings();
     void notifyUndoActionNames();
     void updateExtraSelections();
     void updateGutterWidth();
@@ -149,29 +158,20 @@ private:
     QPointer<ZDUserDefaults> m_defaults;
     ZDEditorColors m_colors;
     int m_textViewRole = 0;
-    QString m_currentLexer;
     bool m_showInvisibles = false;
     bool m_detectLinks = false;
 
     std::shared_ptr<const ZDEditorTheme> m_theme;
     bool m_themeFromPreferences = true;
     ZDHighlighter *m_highlighter = nullptr;
-    ZDDocumentHighlighter *m_documentHighlighter = nullptr;
+    ZDCodeDocument *m_ownDocument = nullptr;
+    ZDCodeDocument *m_codeDocument = nullptr; // the one shown
 
-    struct UndoStep
-    {
-        int commandCount;
-        QString name;
-    };
-    QList<UndoStep> m_undoSteps;
     QStringList m_announcedUndoNames;
-    QString m_pendingActionName;
     bool m_applyingEdit = false;
-    int m_lastRevision = 0;
     int m_lastLength = 0;
 
     QWidget *m_gutter = nullptr;
-    ZDCodeDocumentLayout *m_layout = nullptr; // of the view's own document
     QHash<QString, QAction *> m_actions;
     int m_flashedBracket = -1;
     QTimer *m_flashTimer = nullptr;

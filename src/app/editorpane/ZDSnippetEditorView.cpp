@@ -1,5 +1,6 @@
 #include "ZDSnippetEditorView.h"
 
+#include "ZDCodeDocument.h"
 #include "ZDDataCenter.h"
 #include "ZDLanguageChooser.h"
 #include "ZDLanguageRegistry.h"
@@ -18,8 +19,10 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPlainTextDocumentLayout>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTabBar>
@@ -28,26 +31,30 @@
 #include <QVBoxLayout>
 
 namespace {
-// A detached copy, so that the record can later be compared with what the pane showed.
-ZDSnippetPtr snapshotOf(const ZDSnippet &snippet)
-{
-    QList<ZDSnippetPartPtr> parts;
-    for (const ZDSnippetPartPtr &part : snippet.parts())
-        parts.append(std::make_shared<ZDSnippetPart>(part->title(), part->UUID(), part->language(),
-                                                     part->noteText(), part->contentText(), part->dateCreated(),
-                                                     part->dateModified(), part->snippetUUID()));
-    return std::make_shared<ZDSnippet>(snippet.title(), snippet.UUID(), snippet.folderUUID(),
-                                       snippet.tagUUIDs(), snippet.gistIdentifier(), snippet.githubUsername(),
-                                       snippet.githubHTMLURL(), parts, snippet.dateCreated(),
-                                       snippet.dateModified());
-}
-
 bool listContains(const ZDSnippetList &snippets, const ZDSnippetPtr &snippet)
 {
     return snippet && std::any_of(snippets.cbegin(), snippets.cend(),
                                   [&](const ZDSnippetPtr &s) { return s && s->isEqual(snippet.get()); });
 }
 } // namespace
+
+/// The documents of a part while its snippet is shown, and where the part was left.
+struct ZDSnippetEditorView::OpenPart
+{
+    std::unique_ptr<ZDCodeDocument> code;
+    std::unique_ptr<QTextDocument> notes;
+    int notesRevision = 0;
+    // The record's texts the documents last agreed with: shared with the record, not copies.
+    ZDSnippetText savedContent;
+    ZDSnippetText savedNote;
+    // Typed and not yet in the record.
+    bool codeDirty = false;
+    bool notesDirty = false;
+    QTextCursor codeCursor;
+    QTextCursor notesCursor;
+    QPoint codeScroll;
+    QPoint notesScroll;
+};
 
 ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter *highlighter,
                                          QWidget *parent)
@@ -73,6 +80,7 @@ ZDSnippetEditorView::ZDSnippetEditorView(ZDDataCenter *dataCenter, ZDHighlighter
 ZDSnippetEditorView::~ZDSnippetEditorView()
 {
     commitPendingText();
+    closeParts();
     // The bridge may be destroyed before the pane's children are.
     m_code->setHighlighter(nullptr);
 }
@@ -177,10 +185,12 @@ void ZDSnippetEditorView::buildWidgets()
         m_titleDirty = true;
         scheduleCommit();
     });
-    connect(m_title, &QLineEdit::editingFinished, this, &ZDSnippetEditorView::commitPendingText);
+    connect(m_title, &QLineEdit::editingFinished, this, [this] {
+        if (m_titleDirty)
+            commitPendingText();
+    });
     connect(m_tags, &ZDTagTokenField::tagNamesEdited, this, [this](const QStringList &names) {
-        if (m_editing.setTagNames(m_snippet, names))
-            rememberShownState();
+        m_editing.setTagNames(m_snippet, names);
         refreshTags();
     });
     connect(m_parts, &QTabBar::currentChanged, this, [this](int index) {
@@ -188,8 +198,8 @@ void ZDSnippetEditorView::buildWidgets()
             showPart(index);
     });
     connect(m_parts, &QTabBar::tabMoved, this, [this](int from, int to) {
-        if (!m_loading && m_editing.movePart(m_snippet, from, to))
-            rememberShownState();
+        if (!m_loading)
+            m_editing.movePart(m_snippet, from, to);
     });
     connect(m_parts, &QTabBar::tabBarDoubleClicked, this, [this](int index) {
         if (index >= 0) {
@@ -213,8 +223,7 @@ void ZDSnippetEditorView::buildWidgets()
     });
     connect(m_addPart, &QToolButton::clicked, this, &ZDSnippetEditorView::addPart);
     connect(m_language, &ZDLanguageChooser::languageChosen, this, [this](const ZDLanguage &language) {
-        if (m_editing.setLanguage(m_snippet, currentPart(), language))
-            rememberShownState();
+        m_editing.setLanguage(m_snippet, currentPart(), language);
         m_code->setCurrentLexer(language.identifier());
     });
     connect(m_notesToggle, &QToolButton::toggled, this, [this](bool shown) {
@@ -222,22 +231,6 @@ void ZDSnippetEditorView::buildWidgets()
             m_defaults->setShowNotes(shown);
         else
             updateNotesVisibility();
-    });
-    connect(m_code, &ZDSyntaxHighlightedTextView::textDidChange, this, [this] {
-        if (m_loading || !currentPart())
-            return;
-        m_editing.setContent(currentPart(), m_code->toPlainText());
-        m_textDirty = true;
-        rememberShownState();
-        scheduleCommit();
-    });
-    connect(m_notes, &QPlainTextEdit::textChanged, this, [this] {
-        if (m_loading || !currentPart() || currentPart()->note() == m_notes->toPlainText())
-            return;
-        m_editing.setNote(currentPart(), m_notes->toPlainText());
-        m_textDirty = true;
-        rememberShownState();
-        scheduleCommit();
     });
 }
 
@@ -279,21 +272,15 @@ void ZDSnippetEditorView::setSnippet(ZDSnippetPtr snippet)
 {
     // Selecting the shown snippet again (a list reloading its rows) keeps the editing state.
     if (snippet && m_snippet && snippet->isEqual(m_snippet.get())) {
-        reconsider(snippet);
+        reconsider(nullptr, snippet);
         return;
     }
     commitPendingText();
+    m_titleDirty = false;
+    closeParts(); // a new snippet starts without the old documents and their history
     m_snippet = std::move(snippet);
     m_shownPartUUID.clear();
-    clearCode(); // a new snippet starts without the old text and its history
     reload();
-}
-
-void ZDSnippetEditorView::clearCode()
-{
-    m_loading = true;
-    m_code->showText(QString(), QString());
-    m_loading = false;
 }
 
 ZDSnippetPartPtr ZDSnippetEditorView::currentPart() const
@@ -329,20 +316,36 @@ bool ZDSnippetEditorView::selectPartWithUUID(const QString &UUID)
     return false;
 }
 
+ZDSnippetPartPtr ZDSnippetEditorView::partWithUUID(const QString &UUID) const
+{
+    if (m_snippet)
+        for (const ZDSnippetPartPtr &part : m_snippet->parts())
+            if (part->UUID() == UUID)
+                return part;
+    return nullptr;
+}
+
+// Brings the pane to the record: what changed there is shown, what did not keeps its state.
 void ZDSnippetEditorView::reload()
 {
-    m_titleDirty = false;
     updateActions();
     if (!m_snippet) {
-        m_shown.reset();
+        closeParts();
         m_stack->setCurrentWidget(m_emptyLabel);
         return;
     }
     m_stack->setCurrentIndex(1);
     m_loading = true;
-    if (m_title->text() != m_snippet->title())
-        m_title->setText(m_snippet->title());
-    m_title->setCursorPosition(0);
+    // A title changed elsewhere replaces one being typed.
+    const QString title = m_snippet->title();
+    if (!m_titleDirty || title != m_shownTitle) {
+        m_titleDirty = false;
+        if (m_title->text() != title) {
+            m_title->setText(title);
+            m_title->setCursorPosition(0);
+        }
+    }
+    m_shownTitle = title;
     refreshTags();
 
     const QList<ZDSnippetPartPtr> parts = m_snippet->parts();
@@ -361,9 +364,58 @@ void ZDSnippetEditorView::reload()
     }
     m_parts->setCurrentIndex(selected);
     m_parts->updateGeometry();
+    closeParts(parts);
+    for (const ZDSnippetPartPtr &part : parts) {
+        const auto open = m_open.find(part->UUID());
+        if (open != m_open.end())
+            takeRecordText(*open->second, *part);
+    }
     m_loading = false;
     showPart(selected);
-    rememberShownState();
+}
+
+void ZDSnippetEditorView::takeRecordText(OpenPart &open, const ZDSnippetPart &part)
+{
+    // Typing not yet saved stays: it is saved over the record's text when typing pauses.
+    if (!open.codeDirty && open.savedContent != part.contentText()) {
+        if (m_code->codeDocument() == open.code.get())
+            m_code->showText(part.content(), part.language().identifier());
+        else
+            open.code->showText(part.content(), part.language().identifier());
+        open.savedContent = part.contentText();
+    }
+    if (!open.notesDirty && open.savedNote != part.noteText()) {
+        open.notes->setPlainText(part.note());
+        open.notesRevision = open.notes->revision();
+        open.savedNote = part.noteText();
+    }
+}
+
+ZDSnippetEditorView::OpenPart &ZDSnippetEditorView::openPart(const ZDSnippetPartPtr &part)
+{
+    std::unique_ptr<OpenPart> &slot = m_open[part->UUID()];
+    if (slot)
+        return *slot;
+    slot = std::make_unique<OpenPart>();
+    OpenPart *open = slot.get();
+    open->code = std::make_unique<ZDCodeDocument>(m_highlighter);
+    open->code->showText(part->content(), part->language().identifier());
+    open->savedContent = part->contentText();
+    open->notes = std::make_unique<QTextDocument>();
+    open->notes->setDocumentLayout(new QPlainTextDocumentLayout(open->notes.get()));
+    open->notes->setDefaultFont(m_notes->font());
+    open->notes->setPlainText(part->note());
+    open->notesRevision = open->notes->revision();
+    open->savedNote = part->noteText();
+    connect(open->code.get(), &ZDCodeDocument::textEdited, this, [this, open] { partEdited(open, false); });
+    // Only a new revision is an edit of the notes' text.
+    connect(open->notes.get(), &QTextDocument::contentsChange, this, [this, open] {
+        if (open->notes->revision() == open->notesRevision)
+            return;
+        open->notesRevision = open->notes->revision();
+        partEdited(open, true);
+    });
+    return *open;
 }
 
 void ZDSnippetEditorView::showPart(int index)
@@ -371,23 +423,60 @@ void ZDSnippetEditorView::showPart(int index)
     if (!m_snippet || index < 0 || index >= m_snippet->partsCount())
         return;
     const ZDSnippetPartPtr part = m_snippet->parts().at(index);
+    OpenPart &open = openPart(part);
     m_loading = true;
-    const QString lexer = part->language().identifier();
-    // The same text again keeps the caret, the scroll position and the undo history.
-    if (part->UUID() != m_shownPartUUID || m_code->toPlainText() != part->content())
-        m_code->showText(part->content(), lexer);
-    else
-        m_code->setCurrentLexer(lexer);
-    if (m_notes->toPlainText() != part->note())
-        m_notes->setPlainText(part->note());
+    if (m_shownPart != &open) {
+        leaveShownPart();
+        m_code->setCodeDocument(open.code.get());
+        m_notes->setDocument(open.notes.get());
+        // Back where the part was left (a part shown for the first time starts at the top).
+        if (!open.codeCursor.isNull()) {
+            m_code->setTextCursor(open.codeCursor);
+            m_notes->setTextCursor(open.notesCursor);
+            m_code->horizontalScrollBar()->setValue(open.codeScroll.x());
+            m_code->verticalScrollBar()->setValue(open.codeScroll.y());
+            m_notes->horizontalScrollBar()->setValue(open.notesScroll.x());
+            m_notes->verticalScrollBar()->setValue(open.notesScroll.y());
+        }
+        m_shownPart = &open;
+    }
+    m_code->setCurrentLexer(part->language().identifier());
     m_language->setLanguage(part->language());
     m_shownPartUUID = part->UUID();
     m_loading = false;
 }
 
-void ZDSnippetEditorView::rememberShownState()
+void ZDSnippetEditorView::leaveShownPart()
 {
-    m_shown = m_snippet ? snapshotOf(*m_snippet) : nullptr;
+    if (!m_shownPart)
+        return;
+    m_shownPart->codeCursor = m_code->textCursor();
+    m_shownPart->notesCursor = m_notes->textCursor();
+    m_shownPart->codeScroll = {m_code->horizontalScrollBar()->value(), m_code->verticalScrollBar()->value()};
+    m_shownPart->notesScroll = {m_notes->horizontalScrollBar()->value(),
+                                m_notes->verticalScrollBar()->value()};
+    m_shownPart = nullptr;
+}
+
+// Drops the documents of the parts not in `kept` (all of them by default); the views let go of
+// them first.
+void ZDSnippetEditorView::closeParts(const QList<ZDSnippetPartPtr> &kept)
+{
+    for (auto it = m_open.begin(); it != m_open.end();) {
+        const bool keep = std::any_of(kept.cbegin(), kept.cend(), [&](const ZDSnippetPartPtr &part) {
+            return part->UUID() == it->first;
+        });
+        if (keep) {
+            ++it;
+            continue;
+        }
+        if (m_shownPart == it->second.get()) {
+            m_shownPart = nullptr;
+            m_code->setCodeDocument(nullptr);
+            m_notes->setDocument(nullptr);
+        }
+        it = m_open.erase(it);
+    }
 }
 
 QStringList ZDSnippetEditorView::tagNamesOf(const ZDSnippet &snippet) const
@@ -426,22 +515,63 @@ void ZDSnippetEditorView::scheduleCommit()
     m_commitTimer->start();
 }
 
+void ZDSnippetEditorView::partEdited(OpenPart *open, bool notes)
+{
+    if (m_loading)
+        return;
+    (notes ? open->notesDirty : open->codeDirty) = true;
+    scheduleCommit();
+}
+
 void ZDSnippetEditorView::commitPendingText()
 {
     m_commitTimer->stop();
     if (!m_snippet) {
-        m_titleDirty = m_textDirty = false;
+        discardPendingText();
         return;
     }
     if (m_titleDirty) {
         m_titleDirty = false;
-        if (m_editing.setTitle(m_snippet, m_title->text()))
-            rememberShownState();
+        m_editing.setTitle(m_snippet, m_title->text());
+        m_shownTitle = m_snippet->title();
     }
-    if (m_textDirty) {
-        m_textDirty = false;
+    // The record takes the typed texts now, once per part rather than once per keystroke.
+    bool changed = false;
+    for (const auto &[UUID, open] : m_open) {
+        if (!open->codeDirty && !open->notesDirty)
+            continue;
+        const ZDSnippetPartPtr part = partWithUUID(UUID);
+        if (!part)
+            continue;
+        if (open->codeDirty) {
+            open->codeDirty = false;
+            const QString content = open->code->toPlainText();
+            if (part->contentText() != content) {
+                m_editing.setContent(part, content);
+                changed = true;
+            }
+            open->savedContent = part->contentText();
+        }
+        if (open->notesDirty) {
+            open->notesDirty = false;
+            const QString note = open->notes->toPlainText();
+            if (part->noteText() != note) {
+                m_editing.setNote(part, note);
+                changed = true;
+            }
+            open->savedNote = part->noteText();
+        }
+    }
+    if (changed)
         m_editing.commitText(m_snippet);
-    }
+}
+
+void ZDSnippetEditorView::discardPendingText()
+{
+    m_commitTimer->stop();
+    m_titleDirty = false;
+    for (const auto &entry : m_open)
+        entry.second->codeDirty = entry.second->notesDirty = false;
 }
 
 void ZDSnippetEditorView::addPart()
@@ -474,16 +604,12 @@ void ZDSnippetEditorView::removePartAt(int index)
         const QList<ZDSnippetPartPtr> parts = m_snippet->parts();
         m_shownPartUUID = parts.at(std::min<qsizetype>(index, parts.size() - 1))->UUID();
     }
-    // A different part is shown now: its own text and history.
-    clearCode();
-    const QString keep = m_shownPartUUID;
-    m_shownPartUUID.clear();
     reload();
-    selectPartWithUUID(keep);
 }
 
 void ZDSnippetEditorView::removeCurrentPart()
 {
+    commitPendingText(); // the question below is about the part's text as typed
     const ZDSnippetPartPtr part = currentPart();
     if (!part || m_snippet->partsCount() < 2)
         return;
@@ -504,10 +630,8 @@ void ZDSnippetEditorView::renamePart(int index, const QString &title)
 {
     if (!m_snippet || index < 0 || index >= m_snippet->partsCount())
         return;
-    if (m_editing.renamePart(m_snippet, m_snippet->parts().at(index), title)) {
+    if (m_editing.renamePart(m_snippet, m_snippet->parts().at(index), title))
         m_parts->setTabText(index, m_snippet->parts().at(index)->title());
-        rememberShownState();
-    }
 }
 
 void ZDSnippetEditorView::renameCurrentPartInteractively()
@@ -524,51 +648,50 @@ void ZDSnippetEditorView::renameCurrentPartInteractively()
 
 // Notices ---------------------------------------------------------------------------------------
 
-void ZDSnippetEditorView::reconsider(const ZDSnippetPtr &announced)
+void ZDSnippetEditorView::reconsider(QObject *sender, const ZDSnippetPtr &announced)
 {
     if (!m_snippet || !announced || !announced->isEqual(m_snippet.get()))
         return;
-    // The store may have put another object in place of the shown one; notices can arrive out
-    // of order, so the store says which object is current.
+    // The store may have put another object in place of the shown one; it says which is current.
     if (announced != m_snippet) {
         const ZDSnippetPtr current = m_center ? m_center->snippetWithUUID(announced->UUID()) : announced;
         if (current)
             m_snippet = current;
     }
-    if (m_shown && m_snippet->isIdentical(m_shown.get()))
+    // Notices arrive in the order they were posted, so the pane's own come after its change,
+    // which it shows already.
+    if (sender == this)
         return;
-    m_titleDirty = m_textDirty = false;
-    m_commitTimer->stop();
     reload();
 }
 
-void ZDSnippetEditorView::snippetContentDidChange(QObject *, const ZDSnippetPtr &snippet)
+void ZDSnippetEditorView::snippetContentDidChange(QObject *sender, const ZDSnippetPtr &snippet)
 {
-    reconsider(snippet);
+    reconsider(sender, snippet);
 }
 
-void ZDSnippetEditorView::snippetTitleDidChange(QObject *, const ZDSnippetPtr &snippet)
+void ZDSnippetEditorView::snippetTitleDidChange(QObject *sender, const ZDSnippetPtr &snippet)
 {
-    reconsider(snippet);
+    reconsider(sender, snippet);
 }
 
-void ZDSnippetEditorView::snippetsTagsDidChange(QObject *, const ZDSnippetList &snippets)
+void ZDSnippetEditorView::snippetsTagsDidChange(QObject *sender, const ZDSnippetList &snippets)
 {
     for (const ZDSnippetPtr &snippet : snippets)
-        reconsider(snippet);
+        reconsider(sender, snippet);
     refreshTags(); // new tags of other snippets complete here too
 }
 
-void ZDSnippetEditorView::snippetsLanguageDidChange(QObject *, const ZDSnippetList &snippets)
+void ZDSnippetEditorView::snippetsLanguageDidChange(QObject *sender, const ZDSnippetList &snippets)
 {
     for (const ZDSnippetPtr &snippet : snippets)
-        reconsider(snippet);
+        reconsider(sender, snippet);
 }
 
 void ZDSnippetEditorView::snippetsDidRemove(QObject *, const ZDSnippetList &snippets)
 {
     if (listContains(snippets, m_snippet)) {
-        m_titleDirty = m_textDirty = false;
+        discardPendingText();
         setSnippet(nullptr);
     }
 }
@@ -589,10 +712,10 @@ void ZDSnippetEditorView::applicationLibraryDidChange(QObject *)
         return;
     const ZDSnippetPtr current = m_center ? m_center->snippetWithUUID(m_snippet->UUID()) : m_snippet;
     if (!current) {
-        m_titleDirty = m_textDirty = false;
+        discardPendingText();
         setSnippet(nullptr);
         return;
     }
-    reconsider(current);
+    reconsider(nullptr, current);
     refreshTags();
 }

@@ -7,6 +7,9 @@
 #include <QHash>
 #include <QWidget>
 
+#include <map>
+#include <memory>
+
 class QAction;
 class QLabel;
 class QLineEdit;
@@ -28,11 +31,18 @@ class ZDUserDefaults;
 /// language chooser), the code editor and the part's notes. With no snippet it shows an empty
 /// state.
 ///
+/// Every part opened while its snippet is shown keeps its own code and notes documents, so that
+/// switching parts keeps each one's undo history, caret, scroll position and highlighting;
+/// showing another snippet drops them.
+///
 /// Every edit reaches the library store through ZDSnippetEditing and posts the detailed notice.
-/// Typed text changes the record at once and is saved and announced when typing pauses (and
-/// before another snippet is shown). When a notice names the shown snippet, the pane reloads
-/// only when the snippet is no longer identical to what it shows, so its own notices, and
-/// notices that change nothing, keep the caret, selection, scroll position and undo history.
+/// Typing only marks its part edited: the record takes the part's text when typing pauses,
+/// before another snippet is shown, on `commitPendingText` and when the pane goes. The pane
+/// passes over its own notices (they arrive after the change, which it shows already). Another
+/// sender's notice about the shown snippet brings in what changed in the record, part by part:
+/// a part whose record text changed shows the new text (a part with typing not yet saved keeps
+/// the typing, which is saved over it), and what did not change keeps its caret, selection,
+/// scroll position and undo history.
 ///
 /// Destroy the pane before the library store: it saves the last typing when it goes.
 class ZDSnippetEditorView : public QWidget, public ZDLibraryListener
@@ -47,8 +57,8 @@ public:
     ~ZDSnippetEditorView() override;
 
     /// Shows a snippet (its first part); null shows the empty state. Text typed into the
-    /// previous snippet is saved first. The shown snippet set again is treated like a notice
-    /// about it: reloaded only when it changed.
+    /// previous snippet is saved first, and its documents dropped. The shown snippet set again
+    /// is treated like another sender's notice about it: only what changed is taken in.
     void setSnippet(ZDSnippetPtr snippet);
     ZDSnippetPtr snippet() const { return m_snippet; }
 
@@ -97,11 +107,18 @@ private:
     void buildWidgets();
     void createActions();
     void updateActions();
-    void reconsider(const ZDSnippetPtr &announced);
+    struct OpenPart;
+
+    void reconsider(QObject *sender, const ZDSnippetPtr &announced);
     void reload();
     void showPart(int index);
-    void clearCode();
-    void rememberShownState();
+    ZDSnippetPartPtr partWithUUID(const QString &UUID) const;
+    OpenPart &openPart(const ZDSnippetPartPtr &part);
+    void takeRecordText(OpenPart &open, const ZDSnippetPart &part);
+    void leaveShownPart();
+    void closeParts(const QList<ZDSnippetPartPtr> &kept = {});
+    void discardPendingText();
+    void partEdited(OpenPart *open, bool notes);
     void refreshTags();
     void updateNotesVisibility();
     void scheduleCommit();
@@ -113,12 +130,13 @@ private:
     ZDSnippetEditing m_editing;
 
     ZDSnippetPtr m_snippet;
-    /// A copy of the snippet as the pane last showed or changed it.
-    ZDSnippetPtr m_shown;
+    /// The documents of the parts shown since the snippet was, by part UUID.
+    std::map<QString, std::unique_ptr<OpenPart>> m_open;
+    OpenPart *m_shownPart = nullptr; // whose documents the views show
     QString m_shownPartUUID;
+    QString m_shownTitle; // the record's title the title field last took
     bool m_loading = false;
     bool m_titleDirty = false;
-    bool m_textDirty = false;
 
     QStackedWidget *m_stack = nullptr;
     QLabel *m_emptyLabel = nullptr;
