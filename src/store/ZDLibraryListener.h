@@ -9,9 +9,9 @@
 
 class QObject;
 
-/// Receives the library's change notices (ZDMulticastDelegateHandler), always on the main thread
-/// and after the code that posted them has returned. Every method has an empty default, so a
-/// listener overrides only what it cares about. `sender` is whoever posted the notice; it is
+/// Receives the library's change notices (ZDMulticastDelegateHandler), always on the main thread,
+/// after the code that posted them has returned, and in the order they were posted. Every method has an empty
+/// default, so a listener overrides only what it cares about. `sender` is whoever posted the notice; it is
 /// not skipped, so a listener that posts must ignore its own notices where that matters.
 ///
 /// Listeners are held weakly: one that is destroyed receives nothing more and need not

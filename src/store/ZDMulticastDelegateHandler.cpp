@@ -1,10 +1,11 @@
 #include "ZDMulticastDelegateHandler.h"
 
 #include <QCoreApplication>
-#include <QThread>
+#include <QPointer>
 
 #include <algorithm>
 #include <mutex>
+#include <vector>
 
 ZDLibraryListener::ZDLibraryListener() : m_anchor(std::make_shared<Anchor>(Anchor{this})) {}
 
@@ -13,16 +14,21 @@ ZDLibraryListener::~ZDLibraryListener()
     m_anchor->listener = nullptr;
 }
 
-ZDMulticastDelegateHandler::ZDMulticastDelegateHandler()
+struct ZDMulticastDelegateHandler::Table
 {
-    m_pool.setObjectName(queueLabel);
-    m_pool.setMaxThreadCount(std::max(2, QThread::idealThreadCount()));
-}
+    mutable std::mutex lock;
+    std::vector<std::weak_ptr<ZDLibraryListener::Anchor>> listeners;
 
-ZDMulticastDelegateHandler::~ZDMulticastDelegateHandler()
-{
-    m_pool.waitForDone();
-}
+    std::vector<std::weak_ptr<ZDLibraryListener::Anchor>> snapshot() const
+    {
+        std::lock_guard guard(lock);
+        return listeners;
+    }
+};
+
+ZDMulticastDelegateHandler::ZDMulticastDelegateHandler() : m_table(std::make_shared<Table>()) {}
+
+ZDMulticastDelegateHandler::~ZDMulticastDelegateHandler() = default;
 
 ZDMulticastDelegateHandler &ZDMulticastDelegateHandler::globalHandler()
 {
@@ -34,21 +40,22 @@ void ZDMulticastDelegateHandler::addDelegate(ZDLibraryListener *listener)
 {
     if (!listener)
         return;
-    std::unique_lock lock(m_tableLock);
+    std::lock_guard guard(m_table->lock);
+    auto &listeners = m_table->listeners;
     // Entries of listeners that went away are dropped on the way.
-    std::erase_if(m_listeners, [](const auto &entry) { return entry.expired(); });
-    const bool present = std::any_of(m_listeners.begin(), m_listeners.end(),
+    std::erase_if(listeners, [](const auto &entry) { return entry.expired(); });
+    const bool present = std::any_of(listeners.begin(), listeners.end(),
                                      [&](const auto &entry) { return entry.lock() == listener->m_anchor; });
     if (!present)
-        m_listeners.push_back(listener->m_anchor);
+        listeners.push_back(listener->m_anchor);
 }
 
 void ZDMulticastDelegateHandler::removeDelegate(ZDLibraryListener *listener)
 {
     if (!listener)
         return;
-    std::unique_lock lock(m_tableLock);
-    std::erase_if(m_listeners, [&](const auto &entry) {
+    std::lock_guard guard(m_table->lock);
+    std::erase_if(m_table->listeners, [&](const auto &entry) {
         const auto anchor = entry.lock();
         return !anchor || anchor == listener->m_anchor;
     });
@@ -56,45 +63,37 @@ void ZDMulticastDelegateHandler::removeDelegate(ZDLibraryListener *listener)
 
 void ZDMulticastDelegateHandler::removeAllDelegates()
 {
-    std::unique_lock lock(m_tableLock);
-    m_listeners.clear();
+    std::lock_guard guard(m_table->lock);
+    m_table->listeners.clear();
 }
 
 int ZDMulticastDelegateHandler::delegateCount() const
 {
-    std::shared_lock lock(m_tableLock);
-    return int(std::count_if(m_listeners.begin(), m_listeners.end(),
+    std::lock_guard guard(m_table->lock);
+    return int(std::count_if(m_table->listeners.begin(), m_table->listeners.end(),
                              [](const auto &entry) { return !entry.expired(); }));
 }
 
 void ZDMulticastDelegateHandler::post(QObject *sender,
                                       std::function<void(ZDLibraryListener &, QObject *)> call)
 {
-    QPointer<QObject> trackedSender(sender);
-    auto shared =
-        std::make_shared<const std::function<void(ZDLibraryListener &, QObject *)>>(std::move(call));
-    m_pool.start([this, trackedSender, shared] {
-        QThread::currentThread()->setObjectName(queueLabel);
-        std::vector<std::weak_ptr<ZDLibraryListener::Anchor>> listeners;
-        {
-            std::shared_lock lock(m_tableLock);
-            listeners = m_listeners;
-        }
-        QCoreApplication *application = QCoreApplication::instance();
-        if (!application)
-            return;
-        for (const auto &entry : listeners) {
-            // The listener is looked up again on the main thread: it may be gone by then.
-            QMetaObject::invokeMethod(
-                application,
-                [entry, trackedSender, shared] {
-                    const auto anchor = entry.lock();
-                    if (anchor && anchor->listener)
-                        (*shared)(*anchor->listener, trackedSender.data());
-                },
-                Qt::QueuedConnection);
-        }
-    });
+    QCoreApplication *application = QCoreApplication::instance();
+    if (!application)
+        return;
+    // One queued call per notice: the main thread's event queue keeps the posting order, whichever
+    // thread posts. The table is read at delivery, so a listener removed or destroyed in between
+    // receives nothing.
+    QMetaObject::invokeMethod(
+        application,
+        [table = m_table, trackedSender = QPointer<QObject>(sender), call = std::move(call)] {
+            for (const auto &entry : table->snapshot()) {
+                // A listener called earlier in this walk may have destroyed this one.
+                const auto anchor = entry.lock();
+                if (anchor && anchor->listener)
+                    call(*anchor->listener, trackedSender.data());
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 void ZDMulticastDelegateHandler::noteCategorySelectionChanged(const ZDCategoryNodePtr &category,

@@ -3,27 +3,20 @@
 #include "ZDLibraryListener.h"
 
 #include <QObject>
-#include <QPointer>
-#include <QThreadPool>
 
 #include <functional>
 #include <memory>
-#include <shared_mutex>
-#include <vector>
 
 /// The process-wide change notifier. Whoever changed the library posts a notice here; every
 /// registered listener receives it on the main thread, asynchronously, after the posting code
-/// has returned. The table is walked on the notifier's concurrent queue, so two notices posted
-/// close together may arrive in either order. Registration changes are exclusive of walks.
-///
-/// Notices may be posted from any thread; a QCoreApplication must exist.
+/// has returned, and in the order the notices were posted: a notice is one queued call on the
+/// main thread that walks the listener table as it stands then. Notices and registration are
+/// safe from any thread; a QCoreApplication must exist for notices to arrive.
 class ZDMulticastDelegateHandler
 {
 public:
-    static inline const QString queueLabel = QStringLiteral("com.varnok.Zandrio.NotificationCenter");
-
     ZDMulticastDelegateHandler();
-    /// Waits for walks in progress; notices not yet delivered to the main thread still arrive.
+    /// Notices already posted still arrive, to the listeners registered at that time.
     ~ZDMulticastDelegateHandler();
     ZDMulticastDelegateHandler(const ZDMulticastDelegateHandler &) = delete;
     ZDMulticastDelegateHandler &operator=(const ZDMulticastDelegateHandler &) = delete;
@@ -63,7 +56,7 @@ public:
     void post(QObject *sender, std::function<void(ZDLibraryListener &, QObject *sender)> call);
 
 private:
-    mutable std::shared_mutex m_tableLock;
-    std::vector<std::weak_ptr<ZDLibraryListener::Anchor>> m_listeners;
-    QThreadPool m_pool;
+    struct Table;
+    /// Shared with the notices on their way, which may outlive the handler.
+    std::shared_ptr<Table> m_table;
 };

@@ -5,13 +5,14 @@
 #include "ZDLanguageRegistry.h"
 #include "ZDLanguagesPane.h"
 #include "ZDPreferencesWindow.h"
+#include "ZDTestPlatform.h"
 #include "ZDUserDefaults.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDoubleSpinBox>
-#include <QFileInfo>
 #include <QFontComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSettings>
@@ -23,6 +24,7 @@ class TestPreferencesWindow : public QObject
 {
     Q_OBJECT
 
+    ZDTestPlatform m_platform;
     std::unique_ptr<ZDCoreServices> m_services;
     std::unique_ptr<ZDPreferencesWindow> m_window;
 
@@ -46,6 +48,9 @@ class TestPreferencesWindow : public QObject
 private Q_SLOTS:
     void init()
     {
+        m_platform.launches = false;
+        m_platform.autostartFailure = ZDError();
+        ZDPlatform::install(&m_platform);
         m_services = std::make_unique<ZDCoreServices>();
         ZDEditorTheme::registerWithDefaults(defaults());
         m_window = std::make_unique<ZDPreferencesWindow>(&defaults());
@@ -98,15 +103,29 @@ private Q_SLOTS:
         QCOMPARE(defaults().editorTheme(), QStringLiteral("Dusk")); // showing it wrote nothing back
     }
 
-    void launchAtLoginWritesTheAutostartEntry()
+    void launchAtLoginGoesThroughThePlatform()
     {
         auto *login = control<QCheckBox>("launchAtLoginBox");
+        auto *problem = control<QLabel>("launchAtLoginProblem");
         login->click();
         QVERIFY(defaults().launchAtLogin());
-        QVERIFY(QFileInfo::exists(ZDPreferencesWindow::autostartEntryPath()));
+        QVERIFY(m_platform.launches);
         login->click();
         QVERIFY(!defaults().launchAtLogin());
-        QVERIFY(!QFileInfo::exists(ZDPreferencesWindow::autostartEntryPath()));
+        QVERIFY(!m_platform.launches);
+        QVERIFY(!problem->isVisibleTo(m_window.get()));
+
+        // The desktop refuses: the preference stays, the box shows it, and the pane says why.
+        m_platform.autostartFailure = ZDError(0, QStringLiteral("Cannot write the entry."));
+        login->click();
+        QVERIFY(!defaults().launchAtLogin());
+        QVERIFY(!login->isChecked());
+        QVERIFY(problem->isVisibleTo(m_window.get()));
+        QVERIFY(problem->text().contains(QStringLiteral("Cannot write the entry.")));
+        m_platform.autostartFailure = ZDError();
+        login->click();
+        QVERIFY(defaults().launchAtLogin());
+        QVERIFY(!problem->isVisibleTo(m_window.get()));
     }
 
     void languagesPaneFiltersAndEditsTheActiveSet()

@@ -1,4 +1,5 @@
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDSnippet.h"
 
 #include "ZDTestSupport.h"
 
@@ -26,6 +27,10 @@ public:
     void snippetsDidRemove(QObject *sender, const ZDSnippetList &snippets) override
     {
         record(QStringLiteral("removed %1").arg(snippets.size()), sender);
+    }
+    void snippetTitleDidChange(QObject *sender, const ZDSnippetPtr &snippet) override
+    {
+        record(QStringLiteral("title %1").arg(snippet->UUID()), sender);
     }
     void applicationLibraryDidChange(QObject *sender) override { record(QStringLiteral("library"), sender); }
 
@@ -106,4 +111,56 @@ TEST(Notifier, ReleasedOrRemovedListenersReceiveNothing)
     handler.noteApplicationLibraryChanged(nullptr);
     ZDTestSupport::waitFor([] { return false; }, 50);
     EXPECT_EQ(keptLog.size(), 21);
+}
+
+TEST(Notifier, NoticesArriveInPostingOrderWhicheverThreadPosts)
+{
+    ZDMulticastDelegateHandler handler;
+    QList<Delivery> log;
+    RecordingListener first(&log);
+    QList<Delivery> otherLog;
+    RecordingListener second(&otherLog);
+    handler.addDelegate(&first);
+    handler.addDelegate(&second);
+
+    // A burst from the main thread, then one from another thread, then the main thread again:
+    // every listener sees them exactly in that order.
+    QStringList expected;
+    const auto postTitle = [&](int n) {
+        const auto snippet = ZDSnippet::create(QStringLiteral("s"));
+        handler.noteSnippetTitleChanged(snippet, nullptr);
+        return QStringLiteral("title %1").arg(snippet->UUID());
+    };
+    for (int n = 0; n < 200; ++n)
+        expected << postTitle(n);
+    std::thread([&] {
+        for (int n = 0; n < 200; ++n)
+            expected << postTitle(n);
+    }).join();
+    handler.noteApplicationLibraryChanged(nullptr);
+    expected << QStringLiteral("library");
+
+    ASSERT_TRUE(ZDTestSupport::waitFor([&] { return otherLog.size() == expected.size(); }));
+    QStringList seen, otherSeen;
+    for (const Delivery &delivery : std::as_const(log))
+        seen << delivery.notice;
+    for (const Delivery &delivery : std::as_const(otherLog))
+        otherSeen << delivery.notice;
+    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(otherSeen, expected);
+}
+
+TEST(Notifier, AListenerRemovedBeforeDeliveryReceivesNothingMore)
+{
+    ZDMulticastDelegateHandler handler;
+    QList<Delivery> log;
+    RecordingListener removed(&log);
+    QList<Delivery> keptLog;
+    RecordingListener kept(&keptLog);
+    handler.addDelegate(&removed);
+    handler.addDelegate(&kept);
+    handler.noteApplicationLibraryChanged(nullptr);
+    handler.removeDelegate(&removed); // posted, not yet delivered
+    ASSERT_TRUE(ZDTestSupport::waitFor([&] { return keptLog.size() == 1; }));
+    EXPECT_TRUE(log.isEmpty());
 }

@@ -35,11 +35,6 @@ public:
     void showPane(Pane pane);
     QTabWidget *panes() const { return m_tabs; }
 
-    /// The autostart entry that launches the program at login ("~/.config/autostart/...").
-    static QString autostartEntryPath();
-    /// Writes or removes the autostart entry; false when that failed.
-    static bool setLaunchesAtLogin(bool launch);
-
 private:
     QWidget *createGeneralPane();
     QWidget *createEditorPane();

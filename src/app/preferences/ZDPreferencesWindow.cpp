@@ -2,8 +2,10 @@
 
 #include "ZDDataCenter.h"
 #include "ZDEditorTheme.h"
+#include "ZDError.h"
 #include "ZDLanguageRegistry.h"
 #include "ZDLanguagesPane.h"
+#include "ZDPlatform.h"
 #include "ZDPreferenceBinding.h"
 #include "ZDThemePreview.h"
 #include "ZDUserDefaults.h"
@@ -18,7 +20,6 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QScreen>
 #include <QStandardPaths>
 #include <QTabWidget>
@@ -101,26 +102,6 @@ void ZDPreferencesWindow::refresh()
     m_refreshing = false;
 }
 
-QString ZDPreferencesWindow::autostartEntryPath()
-{
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
-        .filePath(QStringLiteral("autostart/com.varnok.Zandrio.desktop"));
-}
-
-bool ZDPreferencesWindow::setLaunchesAtLogin(bool launch)
-{
-    const QString path = autostartEntryPath();
-    if (!launch)
-        return !QFileInfo::exists(path) || QFile::remove(path);
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write("[Desktop Entry]\nType=Application\nName=Zandrio\nExec=zandrio\nIcon=com.varnok.Zandrio\n"
-               "X-GNOME-Autostart-enabled=true\n");
-    return file.commit();
-}
-
 // General ---------------------------------------------------------------------------------------
 
 QWidget *ZDPreferencesWindow::createGeneralPane()
@@ -176,11 +157,29 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     auto *startupLayout = new QVBoxLayout(startup);
     auto *login = new QCheckBox(tr("Launch Zandrio at login"), startup);
     login->setObjectName(QStringLiteral("launchAtLoginBox"));
+    auto *loginProblem = new QLabel(startup);
+    loginProblem->setObjectName(QStringLiteral("launchAtLoginProblem"));
+    loginProblem->setWordWrap(true);
+    loginProblem->hide();
     bindControl(
         login, m_refreshers, [d] { return d->launchAtLogin(); },
-        [d](bool v) {
-            if (setLaunchesAtLogin(v))
+        [d, login, loginProblem](bool v) {
+            ZDError error(0, tr("Launching at login is not available on this desktop."));
+            ZDPlatform *platform = ZDPlatform::shared();
+            if (platform && platform->setLaunchesAtLogin(v, &error)) {
                 d->setLaunchAtLogin(v);
+                loginProblem->hide();
+                return;
+            }
+            // The box shows the stored preference again, and the pane says why it stays.
+            const QSignalBlocker blocker(login);
+            login->setChecked(d->launchAtLogin());
+            QString text = error.description();
+            if (!error.recoverySuggestion().isEmpty())
+                text += QLatin1Char(' ') + error.recoverySuggestion();
+            loginProblem->setText(text);
+            loginProblem->setToolTip(error.toString());
+            loginProblem->show();
         });
     auto *tray = new QCheckBox(tr("Show the Zandrio icon in the system tray"), startup);
     tray->setObjectName(QStringLiteral("trayIconBox"));
@@ -192,6 +191,7 @@ QWidget *ZDPreferencesWindow::createGeneralPane()
     connect(tray, &QCheckBox::toggled, keepRunning, &QWidget::setEnabled);
     m_refreshers.push_back([keepRunning, d] { keepRunning->setEnabled(d->showMenubarIcon()); });
     startupLayout->addWidget(login);
+    startupLayout->addWidget(loginProblem);
     startupLayout->addWidget(tray);
     startupLayout->addWidget(keepRunning);
     layout->addWidget(startup);

@@ -9,7 +9,6 @@
 #include "ZDAppServices.h"
 #include "ZDCoreServices.h"
 #include "ZDDataCenter.h"
-#include "ZDDesktopIntegration.h"
 #include "ZDEditorTheme.h"
 #include "ZDHighlighter.h"
 #include "ZDLanguageRegistry.h"
@@ -17,6 +16,7 @@
 #include "ZDLogger.h"
 #include "ZDMainWindow.h"
 #include "ZDMulticastDelegateHandler.h"
+#include "ZDPlatform.h"
 #include "ZDResources.h"
 #include "ZDShellAssembly.h"
 #include "ZDSingleInstance.h"
@@ -58,13 +58,17 @@ int zdApplicationMain(int argc, char *argv[], const ZDApplicationHooks &hooks)
     parser.addPositionalArgument(QStringLiteral("url"), QApplication::translate("main", "zandrio: links to open."));
     parser.process(app);
 
+    // The platform outlives the preferences, which ask it whether the windows are dark.
+    const std::unique_ptr<ZDPlatform> platform = ZDPlatform::createForDesktop();
+    ZDPlatform::install(platform.get());
     ZDCoreServices services;
     ZDUserDefaults &defaults = services.defaults();
     ZDEditorTheme::registerWithDefaults(defaults);
-    ZDDesktopIntegration::install(defaults, services.languages());
-    ZDAppServices::applyDesktopColorScheme();
+    platform->installInto(defaults);
+    ZDAppServices::installLanguageAlerts(services.languages());
+    platform->applyColorScheme();
 
-    ZDSingleInstance instance;
+    ZDSingleInstance instance(platform->singleInstanceServerName());
     const bool quitWhenReady = parser.isSet(readyOption);
     if (!quitWhenReady && !hooks.separateInstance) {
         if (instance.sendToRunningInstance(parser.positionalArguments()))

@@ -5,9 +5,10 @@
 #include <atomic>
 
 class ZDError;
+class ZDLanguageRegistry;
 class QWidget;
 
-/// The desktop's answers to the store: the newer-version warning and user-facing errors as
+/// The desktop's answers to the core: the newer-version warning and user-facing errors as
 /// modal alerts. Both may be asked from the loader's thread; the alert always runs on the main
 /// thread (the loader waits for the warning's answer).
 class ZDAlertOutdatedVersionResponder : public ZDOutdatedVersionResponder
@@ -25,8 +26,6 @@ namespace ZDAppServices {
 /// Shows `error` as a modal alert on the main thread: its description as the title, its
 /// recovery suggestion as the text, the code and reason as details.
 void presentError(const ZDError &error);
-/// Follows a dark desktop: when the desktop asks for dark windows (the freedesktop colour-scheme
-/// setting, or a GTK theme ending in ":dark") and the platform palette is light, uses the
-/// Fusion style with a dark palette.
-void applyDesktopColorScheme();
+/// Shows the errors `languages` reports (a language table that cannot be read) as modal alerts.
+void installLanguageAlerts(ZDLanguageRegistry &languages);
 } // namespace ZDAppServices

@@ -1,0 +1,1 @@
+zd_add_test(test_app_text_view QTEST SOURCES test_syntax_highlighted_text_view.cpp LIBS zdcodeview zdhighlight zdprefs)

@@ -1,1 +1,0 @@
-zd_add_test(test_app_text_view QTEST SOURCES test_syntax_highlighted_text_view.cpp LIBS zdapp)
