@@ -121,12 +121,6 @@ QList<QByteArray> snapshot(const ZDDataCenter &center)
     return records(center) << center.deletedUUIDs().join(',').toUtf8();
 }
 
-QStringList sorted(QStringList list)
-{
-    list.sort();
-    return list;
-}
-
 ZDLanguage language(const char *identifier)
 {
     return ZDLanguageRegistry::shared()->languageWithIdentifier(QLatin1String(identifier));
@@ -172,8 +166,7 @@ struct Fixture
     }
     ~Fixture() { ZDDataCenter::install(nullptr); }
 
-    // Waits for `expected` (in any order: notices posted together may arrive in any order), then
-    // a little longer for any notice too many.
+    // Waits for `expected`, in posting order, then a little longer for any notice too many.
     void expectNotices(const QStringList &expected, const char *what)
     {
         expectNotices(expected, &sender, what);
@@ -182,7 +175,7 @@ struct Fixture
     {
         ZDTestSupport::waitFor([&] { return log.notices.size() >= expected.size(); }, 2000);
         ZDTestSupport::waitFor([] { return false; }, 30);
-        EXPECT_EQ(sorted(log.notices), sorted(expected)) << what;
+        EXPECT_EQ(log.notices, expected) << what;
         for (QObject *s : std::as_const(log.senders))
             EXPECT_EQ(s, expectedSender) << what;
         log.notices.clear();
