@@ -17,6 +17,7 @@
 #include <mutex>
 
 struct ZDLibraryContents;
+class ZDLanguage;
 class ZDMulticastDelegateHandler;
 class ZDOutdatedVersionResponder;
 class ZDPackageWatcher;
@@ -31,9 +32,10 @@ class Preload;
 /// in-memory package tree at once, and leaves the disk write to the serial file-system queue
 /// "Zandrio File System (SFS)" on the 30-second write tick (first change written at once).
 ///
-/// Lists and mutations belong to the main thread (the thread that made the store). The store
-/// announces only wholesale changes (noteApplicationLibraryChanged); whoever calls a mutation
-/// posts the detailed notice on the notifier.
+/// Lists and mutations belong to the main thread (the thread that made the store). Callers change
+/// the library through the operations, which check, change and post the detailed notice on the
+/// notifier; the list mutations beneath them announce nothing, and the store itself announces
+/// only wholesale changes (noteApplicationLibraryChanged).
 ///
 /// Another process writing the same package (zandrio-cli beside the desktop program) is seen by
 /// a file watcher and told from our own writes by the "identifier" stamp; a write takes the
@@ -142,9 +144,8 @@ public:
     bool addSnippet(const ZDSnippetPtr &snippet, ZDError *error = nullptr);
     bool addSnippetsFromArray(const ZDSnippetList &snippets, ZDError *error = nullptr);
     bool removeSnippetsFromArray(const ZDSnippetList &snippets, ZDError *error = nullptr);
-    /// The snippets were changed in place: rewrites their files. `updateImmediately` changes
-    /// nothing about what is written or when.
-    bool setSnippetsUpdated(const ZDSnippetList &snippets, bool updateImmediately = false, ZDError *error = nullptr);
+    /// The snippets were changed in place: rewrites their files (on the write tick, as every change).
+    bool setSnippetsUpdated(const ZDSnippetList &snippets, ZDError *error = nullptr);
     /// Also rebuilds the folder tables.
     bool setRootFolderNodes(const QList<ZDCategoryNodePtr> &nodes, ZDError *error = nullptr);
     bool setShortcutNodes(const QList<ZDCategoryNodePtr> &nodes, ZDError *error = nullptr);
@@ -153,16 +154,140 @@ public:
     /// Each node becomes a tag with its title and UUID.
     bool setTagNodes(const QList<ZDCategoryNodePtr> &nodes, ZDError *error = nullptr);
 
+    // Operations (main thread): the changes callers make, each in one call. An operation checks
+    // first, then changes the records through the mutations above, then posts its notice on the
+    // notifier with `sender` as the sender (after the change, once). A refused operation changes
+    // no record and no list and returns false (or null) with its error: without a package tree
+    // the error of the mutation it would have used, presented as theirs are; for bad arguments
+    // (an unknown record, an empty title, a folder moved into itself...) an error of
+    // ZDOperationErrors, which is not presented. An operation that finds nothing to change
+    // returns true and posts nothing. Records are named by UUID; the library's own objects are
+    // the ones changed.
+    //
+    // Positions (`index`) count among the list once the moved nodes are out of it; -1, or a
+    // position past the end, is the end.
+
+    /// Adds new snippets filed in one of the library's folders (or Uncategorized) and tagged
+    /// with the library's tags; a UUID the library holds already is refused. noteSnippetAdded
+    /// for each.
+    bool addSnippets(const ZDSnippetList &snippets, QObject *sender, ZDError *error = nullptr);
+    /// noteSnippetsRemoved.
+    bool removeSnippets(const QStringList &snippetUUIDs, QObject *sender, ZDError *error = nullptr);
+    /// Files the snippets in a folder, a shortcut's folder or Uncategorized;
+    /// noteSnippetsCategoryChanged with those that moved.
+    bool moveSnippetsToFolder(const QStringList &snippetUUIDs, const QString &folderUUID, QObject *sender,
+                              ZDError *error = nullptr);
+    /// noteSnippetTitleChanged.
+    bool setSnippetTitle(const QString &snippetUUID, const QString &title, QObject *sender,
+                         ZDError *error = nullptr);
+    /// Makes `names` the snippet's tags, in that order. A name is trimmed and matched with the
+    /// tag-name equivalence; a name no tag has becomes a new tag. Empty and repeated names are
+    /// dropped. noteSnippetsTagsChanged.
+    bool setSnippetTagNames(const QString &snippetUUID, const QStringList &names, QObject *sender,
+                            ZDError *error = nullptr);
+    /// Adds a tag at the end of the snippets' tags where it is missing; noteSnippetsTagsChanged
+    /// with those that changed.
+    bool addTagToSnippets(const QStringList &snippetUUIDs, const QString &tagUUID, QObject *sender,
+                          ZDError *error = nullptr);
+
+    /// Parts. Each posts noteSnippetContentChanged, a language change noteSnippetsLanguageChanged.
+    /// A new empty part at `index` (clamped), in `language` when it is valid.
+    ZDSnippetPartPtr addPart(const QString &snippetUUID, int index, const QString &title,
+                             const ZDLanguage &language, QObject *sender, ZDError *error = nullptr);
+    /// A snippet keeps at least one part.
+    bool removePart(const QString &snippetUUID, const QString &partUUID, QObject *sender,
+                    ZDError *error = nullptr);
+    bool movePart(const QString &snippetUUID, int from, int to, QObject *sender, ZDError *error = nullptr);
+    bool setPartTitle(const QString &snippetUUID, const QString &partUUID, const QString &title,
+                      QObject *sender, ZDError *error = nullptr);
+    /// Sets a part's content and note, saves the snippet and announces it, even when the part
+    /// holds that text already: the editor shows typing in the record at once and commits it
+    /// here when typing pauses.
+    bool setPartText(const QString &snippetUUID, const QString &partUUID, const QString &content,
+                     const QString &note, QObject *sender, ZDError *error = nullptr);
+    bool setPartLanguage(const QString &snippetUUID, const QString &partUUID, const ZDLanguage &language,
+                         QObject *sender, ZDError *error = nullptr);
+
+    /// A new folder among `parentUUID`'s children (the top level when empty); noteFolderAdded
+    /// with its parent and position.
+    ZDCategoryNodePtr createFolder(const QString &title, const QString &parentUUID, int index,
+                                   QObject *sender, ZDError *error = nullptr);
+    /// noteFolderRenamed.
+    bool renameFolder(const QString &folderUUID, const QString &title, QObject *sender,
+                      ZDError *error = nullptr);
+    /// Moves folders (dropped or reordered) into `parentUUID` (the top level when empty), never
+    /// into one of them or their subfolders; noteFoldersReordered.
+    bool moveFolders(const QStringList &folderUUIDs, const QString &parentUUID, int index, QObject *sender,
+                     ZDError *error = nullptr);
+    /// Deletes folders with their subfolders, the snippets filed in any of them and the
+    /// shortcuts to them; noteSnippetsRemoved (when there were snippets), then noteFoldersRemoved.
+    bool deleteFolders(const QStringList &folderUUIDs, QObject *sender, ZDError *error = nullptr);
+    /// The snippets deleteFolders would delete with these folders.
+    ZDSnippetList snippetsInFolders(const QStringList &folderUUIDs) const;
+
+    /// Shortcuts, named by their folder's UUID. Each posts noteFoldersReordered with the
+    /// shortcuts added, moved or deleted. A folder that has a shortcut gets no second one.
+    bool addShortcuts(const QStringList &folderUUIDs, int index, QObject *sender, ZDError *error = nullptr);
+    bool moveShortcuts(const QStringList &folderUUIDs, int index, QObject *sender, ZDError *error = nullptr);
+    bool deleteShortcuts(const QStringList &folderUUIDs, QObject *sender, ZDError *error = nullptr);
+
+    /// A new smart group at the end; its query must parse. noteFoldersReordered (the smart
+    /// group list changed; there is no notice of its own for a new group).
+    ZDCategoryNodePtr addSmartGroup(const QString &title, const QString &predicateString, QObject *sender,
+                                    ZDError *error = nullptr);
+    /// noteFoldersReordered.
+    bool moveSmartGroups(const QStringList &UUIDs, int index, QObject *sender, ZDError *error = nullptr);
+    /// noteSmartGroupRenamed.
+    bool renameSmartGroup(const QString &UUID, const QString &title, QObject *sender,
+                          ZDError *error = nullptr);
+    /// The query must parse. noteSmartGroupRenamed: the group's definition changed.
+    bool setSmartGroupPredicate(const QString &UUID, const QString &predicateString, QObject *sender,
+                                ZDError *error = nullptr);
+    /// noteFoldersRemoved.
+    bool deleteSmartGroups(const QStringList &UUIDs, QObject *sender, ZDError *error = nullptr);
+
+    /// The tag whose name is equivalent to `name` (ignoring case and diacritics), or null.
+    ZDTagPtr tagWithName(const QString &name) const;
+    /// A new tag; a name equivalent to an existing tag's is refused. noteTagRenamed (a title
+    /// appeared in the tag list; there is no notice of its own for a new tag).
+    ZDTagPtr addTag(const QString &title, QObject *sender, ZDError *error = nullptr);
+    /// noteTagRenamed. A name equivalent to another tag's merges this tag into that one, which
+    /// takes the new name: as mergeTags, then noteTagRenamed for it when its title changed.
+    bool renameTag(const QString &tagUUID, const QString &title, QObject *sender, ZDError *error = nullptr);
+    /// Replaces the tags by `intoTagUUID` on every snippet (each keeps one, where the first of
+    /// them was) and deletes them; noteSnippetsTagsChanged (when snippets changed), then
+    /// noteTagsRemoved.
+    bool mergeTags(const QStringList &tagUUIDs, const QString &intoTagUUID, QObject *sender,
+                   ZDError *error = nullptr);
+    /// Deletes tags and takes them off their snippets; noteSnippetsTagsChanged (when snippets
+    /// changed), then noteTagsRemoved.
+    bool deleteTags(const QStringList &tagUUIDs, QObject *sender, ZDError *error = nullptr);
+
     /// Imports: appends folders, shortcuts and smart groups, adds the snippets and makes
-    /// `replaceTags` the whole tag list; then posts the library-changed notice.
+    /// `replaceTags` the whole tag list; then posts the library-changed notice with the store as
+    /// sender. All or nothing: refused (127 without a tree) before anything changes when a
+    /// record is missing or a folder is one the library holds already.
     bool addFolderNodes(const QList<ZDCategoryNodePtr> &folderNodes, const QList<ZDCategoryNodePtr> &shortcutNodes,
                         const QList<ZDCategoryNodePtr> &smartGroups, const ZDSnippetList &snippets,
                         const ZDTagList &replaceTags, ZDError *error = nullptr);
-    /// Imports that replace the library: every list is replaced; then the library-changed notice.
+    /// Imports that replace the library: every list is replaced; then the library-changed
+    /// notice. All or nothing, as addFolderNodes.
     bool replaceFolderNodes(const QList<ZDCategoryNodePtr> &folderNodes, const QList<ZDCategoryNodePtr> &shortcutNodes,
                             const QList<ZDCategoryNodePtr> &smartGroups, const ZDTagList &tags,
                             const ZDSnippetList &snippets, ZDError *error = nullptr);
 
+private:
+    enum class StoredList
+    {
+        Folders,
+        Shortcuts,
+        SmartGroups,
+        Tags
+    };
+    /// Writes a list again after one of its records was changed in place (a rename, a query).
+    void rewriteList(StoredList list);
+
+public:
     // Repair.
 
     /// What the repair pass would change now, without changing anything.

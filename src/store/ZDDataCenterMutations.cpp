@@ -117,9 +117,8 @@ bool ZDDataCenter::removeSnippetsFromArray(const ZDSnippetList &snippets, ZDErro
     return true;
 }
 
-bool ZDDataCenter::setSnippetsUpdated(const ZDSnippetList &snippets, bool updateImmediately, ZDError *error)
+bool ZDDataCenter::setSnippetsUpdated(const ZDSnippetList &snippets, ZDError *error)
 {
-    Q_UNUSED(updateImmediately) // writes follow the tick either way
     if (refuseWithoutTree(ZDStoreErrors::UpdateSnippetsCode, error))
         return false;
     const QList<SnippetFile> files = archivedSnippets(snippets);
@@ -187,31 +186,4 @@ bool ZDDataCenter::setTagNodes(const QList<ZDCategoryNodePtr> &nodes, ZDError *e
     for (const ZDCategoryNodePtr &node : nodes)
         tags << std::make_shared<ZDTag>(node->title(), node->UUID());
     return setTags(tags, error);
-}
-
-bool ZDDataCenter::addFolderNodes(const QList<ZDCategoryNodePtr> &folderNodes,
-                                  const QList<ZDCategoryNodePtr> &shortcutNodes,
-                                  const QList<ZDCategoryNodePtr> &smartGroups, const ZDSnippetList &snippets,
-                                  const ZDTagList &replaceTags, ZDError *error)
-{
-    const bool done = setRootFolderNodes(d->rootFolderNodes + folderNodes, error) &&
-                      setShortcutNodes(d->shortcutNodes + shortcutNodes, error) &&
-                      setSmartGroupNodes(smartGroupNodes() + smartGroups, error) && setTags(replaceTags, error) &&
-                      addSnippetsFromArray(snippets, error);
-    if (done)
-        d->notifier->noteApplicationLibraryChanged(this);
-    return done;
-}
-
-bool ZDDataCenter::replaceFolderNodes(const QList<ZDCategoryNodePtr> &folderNodes,
-                                      const QList<ZDCategoryNodePtr> &shortcutNodes,
-                                      const QList<ZDCategoryNodePtr> &smartGroups, const ZDTagList &tags,
-                                      const ZDSnippetList &snippets, ZDError *error)
-{
-    const bool done = setRootFolderNodes(folderNodes, error) && setShortcutNodes(shortcutNodes, error) &&
-                      setSmartGroupNodes(smartGroups, error) && setTags(tags, error) &&
-                      removeSnippetsFromArray(d->snippets, error) && addSnippetsFromArray(snippets, error);
-    if (done)
-        d->notifier->noteApplicationLibraryChanged(this);
-    return done;
 }

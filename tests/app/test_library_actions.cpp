@@ -31,7 +31,7 @@ QStringList titles(const QList<ZDCategoryNodePtr> &nodes)
 ZDSnippetPtr addSnippet(ZDDataCenter &center, const QString &title, const QString &folder)
 {
     ZDSnippetPtr snippet = ZDSnippet::create(title, folder);
-    center.addSnippet(snippet);
+    center.addSnippets({snippet}, nullptr);
     return snippet;
 }
 } // namespace
@@ -53,7 +53,7 @@ class TestLibraryActions : public QObject
         center.reset();
         center = library->open();
         ZDDataCenter::install(center.get());
-        actions = std::make_unique<ZDLibraryActions>(*center, library->notifier, &sender);
+        actions = std::make_unique<ZDLibraryActions>(*center, &sender);
     }
 
 private Q_SLOTS:
@@ -62,7 +62,7 @@ private Q_SLOTS:
         library = std::make_unique<ZDTestLibrary>();
         center = library->open();
         ZDDataCenter::install(center.get());
-        actions = std::make_unique<ZDLibraryActions>(*center, library->notifier, &sender);
+        actions = std::make_unique<ZDLibraryActions>(*center, &sender);
         log.notices.clear();
         library->notifier.addDelegate(&log);
     }
@@ -80,8 +80,7 @@ private Q_SLOTS:
         const ZDCategoryNodePtr work = actions->addFolder(QStringLiteral("Work"));
         const ZDCategoryNodePtr inner = actions->addFolder(QStringLiteral("Inner"), work);
         const ZDCategoryNodePtr keep = actions->addFolder(QStringLiteral("Keep"));
-        center->setShortcutNodes({ZDCategoryNode::shortcutNodeWithTargetUUID(inner->UUID()),
-                                  ZDCategoryNode::shortcutNodeWithTargetUUID(keep->UUID())});
+        QVERIFY(center->addShortcuts({inner->UUID(), keep->UUID()}, -1, nullptr));
         addSnippet(*center, QStringLiteral("a"), work->UUID());
         addSnippet(*center, QStringLiteral("b"), inner->UUID());
         const ZDSnippetPtr kept = addSnippet(*center, QStringLiteral("c"), keep->UUID());
@@ -144,8 +143,8 @@ private Q_SLOTS:
         const ZDTagPtr keep = actions->tagNamed(QStringLiteral("keep"));
         const ZDTagPtr drop = actions->tagNamed(QStringLiteral("drop"));
         const ZDSnippetPtr s = addSnippet(*center, QStringLiteral("s"), QLatin1String(ZDUncategorizedUUID));
-        s->setTagUUIDs({drop->UUID(), keep->UUID()});
-        center->setSnippetsUpdated({s});
+        QVERIFY(
+            center->setSnippetTagNames(s->UUID(), {QStringLiteral("drop"), QStringLiteral("keep")}, nullptr));
         actions->deleteNodes({ZDCategoryNode::tagNodeWithTitle(drop->title(), drop->UUID())});
         QVERIFY(ZDTestSupport::waitFor([&] { return log.notices.contains("tagsDidRemove"); }));
         reopen();
@@ -155,9 +154,9 @@ private Q_SLOTS:
 
     void newAndPastedSnippetsLandInTheSelectedFolder()
     {
-        const ZDCategoryNodePtr folder = actions->addFolder(QStringLiteral("Py"));
-        folder->setDefaultLanguageIdentifier(QStringLiteral("PythonLexer"));
-        center->setRootFolderNodes(center->rootFolderNodes());
+        const ZDCategoryNodePtr folder =
+            ZDCategoryNode::folderNodeWithTitle(QStringLiteral("Py"), {}, QStringLiteral("PythonLexer"));
+        center->setRootFolderNodes({folder});
         const ZDSnippetPtr made = actions->createSnippet(folder);
         QCOMPARE(made->folderUUID(), folder->UUID());
         QCOMPARE(made->parts().first()->language().identifier(), QStringLiteral("PythonLexer"));
@@ -167,8 +166,11 @@ private Q_SLOTS:
 
         // Pasting a snippet the library holds makes a copy with new identities; the library's
         // tags stay, unknown ones go.
-        made->setTagUUIDs({tag->UUID(), QStringLiteral("UNKNOWN-TAG")});
-        const ZDSnippetList pasted = actions->pasteSnippets({made}, QLatin1String(ZDUncategorizedUUID));
+        const auto copied = std::make_shared<ZDSnippet>(
+            made->title(), made->UUID(), made->folderUUID(),
+            QStringList{tag->UUID(), QStringLiteral("UNKNOWN-TAG")}, QString(), QString(), QString(),
+            made->parts(), made->dateCreated(), made->dateModified());
+        const ZDSnippetList pasted = actions->pasteSnippets({copied}, QLatin1String(ZDUncategorizedUUID));
         QCOMPARE(pasted.size(), 1);
         QVERIFY(pasted.first()->UUID() != made->UUID());
         QVERIFY(pasted.first()->parts().first()->UUID() != made->parts().first()->UUID());

@@ -84,7 +84,6 @@ ZDSnippetPtr snippetNamed(ZDDataCenter &center, const QString &title)
 
 void create(const QCommandLineParser &parser, ZDMainWindow &window, ZDDataCenter &center)
 {
-    ZDMulticastDelegateHandler &notifier = ZDMulticastDelegateHandler::globalHandler();
     const qsizetype before = center.snippets().size();
     std::printf("library: %lld snippets\n", static_cast<long long>(before));
 
@@ -105,24 +104,22 @@ void create(const QCommandLineParser &parser, ZDMainWindow &window, ZDDataCenter
 
     // What the editor does with the user's typing: title, a second part, languages, texts.
     ZDLanguageRegistry *languages = ZDLanguageRegistry::shared();
-    snippet->setTitle(kSnippetTitle);
-    ZDSnippetPartPtr python = snippet->parts().first();
-    python->setTitle(QStringLiteral("greet.py"));
-    python->setLanguage(languages->languageWithIdentifier(QStringLiteral("PythonLexer")));
-    python->setContent(kPython);
-    ZDSnippetPartPtr markdown = ZDSnippetPart::create(QStringLiteral("README.md"), snippet->UUID());
-    markdown->setLanguage(languages->languageWithIdentifier(QStringLiteral("MarkdownLexer")));
-    markdown->setContent(kMarkdown);
-    snippet->setParts({python, markdown});
-    center.setSnippetsUpdated({snippet});
-    notifier.noteSnippetTitleChanged(snippet, &window);
-    notifier.noteSnippetContentChanged(snippet, &window);
-    notifier.noteSnippetsLanguageChanged({snippet}, &window);
+    const QString UUID = snippet->UUID();
+    const QString python = snippet->parts().first()->UUID();
+    center.setSnippetTitle(UUID, kSnippetTitle, &window);
+    center.setPartTitle(UUID, python, QStringLiteral("greet.py"), &window);
+    center.setPartLanguage(UUID, python, languages->languageWithIdentifier(QStringLiteral("PythonLexer")),
+                           &window);
+    center.setPartText(UUID, python, kPython, QString(), &window);
+    const ZDSnippetPartPtr markdown =
+        center.addPart(UUID, 1, QStringLiteral("README.md"),
+                       languages->languageWithIdentifier(QStringLiteral("MarkdownLexer")), &window);
+    check(bool(markdown), "a second part is added");
+    center.setPartText(UUID, markdown->UUID(), kMarkdown, QString(), &window);
 
     // Tag it the way a person does: drag the row onto the tag in the sidebar.
     const ZDTagPtr tag = window.actions()->tagNamed(kTagTitle);
-    check(bool(tag), "a tag is made");
-    notifier.noteTagRenamed(tag, &window); // the sidebar reloads
+    check(bool(tag), "a tag is made"); // its notice reloads the sidebar
     ZDSidebarModel *sidebar = window.sidebar()->sidebarModel();
     check(ZDTestSupport::waitFor([&] { return sidebar->indexOfNode(ZDCategoryNode::Tag, tag->UUID()).isValid(); }),
           "the tag shows in the sidebar");

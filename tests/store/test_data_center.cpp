@@ -186,8 +186,7 @@ TEST(DataCenter, EditsAreWrittenAtOnceThenGatheredIntoTheNextTick)
     EXPECT_EQ(firstStamp, center->lastWriteUUID());
 
     for (int edit = 0; edit < 10; ++edit) {
-        snippet->setTitle(QStringLiteral("edit %1").arg(edit));
-        center->setSnippetsUpdated({snippet});
+        center->setSnippetTitle(snippet->UUID(), QStringLiteral("edit %1").arg(edit), nullptr);
         ZDTestLibrary::settle(*center);
     }
     EXPECT_EQ(writes, 1);
@@ -383,7 +382,7 @@ TEST(DataCenter, WithoutALibraryEveryMutationIsRefusedWithItsCode)
     const QList<std::pair<int, std::function<bool(ZDError *)>>> mutations{
         {134, [&](ZDError *e) { return center->addSnippet(snippet, e); }},
         {130, [&](ZDError *e) { return center->removeSnippetsFromArray({snippet}, e); }},
-        {139, [&](ZDError *e) { return center->setSnippetsUpdated({snippet}, true, e); }},
+        {139, [&](ZDError *e) { return center->setSnippetsUpdated({snippet}, e); }},
         {127, [&](ZDError *e) { return center->setRootFolderNodes({}, e); }},
         {132, [&](ZDError *e) { return center->setShortcutNodes({}, e); }},
         {208, [&](ZDError *e) { return center->setSmartGroupNodes({}, e); }},
@@ -459,8 +458,7 @@ TEST(DataCenter, TheSnippetCacheServesUnchangedFilesOnly)
     {
         library.cacheMinimum = -1;
         auto other = library.open();
-        other->snippetWithUUID(changed->UUID())->setTitle(QStringLiteral("changed elsewhere"));
-        other->setSnippetsUpdated({other->snippetWithUUID(changed->UUID())});
+        ASSERT_TRUE(other->setSnippetTitle(changed->UUID(), QStringLiteral("changed elsewhere"), nullptr));
         ASSERT_TRUE(other->save());
     }
     library.cacheMinimum = 0;

@@ -213,9 +213,9 @@ TEST(RecordCache, LoadingWithTheCacheGivesWhatTheFilesGive)
     // A file written by someone else is read from the package, and the cache follows.
     {
         auto other = library.open();
-        other->snippetWithUUID(snippets[5]->UUID())->setTitle(QStringLiteral("changed elsewhere"));
-        other->setSnippetsUpdated({other->snippetWithUUID(snippets[5]->UUID())});
-        other->removeSnippetsFromArray({other->snippetWithUUID(snippets[6]->UUID())});
+        ASSERT_TRUE(
+            other->setSnippetTitle(snippets[5]->UUID(), QStringLiteral("changed elsewhere"), nullptr));
+        ASSERT_TRUE(other->removeSnippets({snippets[6]->UUID()}, nullptr));
         ASSERT_TRUE(other->save());
     }
     const Load edited = load(library, true);

@@ -1,15 +1,12 @@
 #include "ZDSnippetEditing.h"
 
 #include "ZDDataCenter.h"
-#include "ZDMulticastDelegateHandler.h"
 #include "ZDSnippet.h"
 #include "ZDSnippetPart.h"
-#include "ZDTag.h"
 
-ZDSnippetEditing::ZDSnippetEditing(ZDDataCenter *center, QObject *sender,
-                                   ZDMulticastDelegateHandler *notifier)
-    : m_center(center), m_sender(sender),
-      m_notifier(notifier ? notifier : &ZDMulticastDelegateHandler::globalHandler())
+#include <QSet>
+
+ZDSnippetEditing::ZDSnippetEditing(ZDDataCenter *center, QObject *sender) : m_center(center), m_sender(sender)
 {
 }
 
@@ -25,141 +22,101 @@ QString ZDSnippetEditing::newPartTitle(const QStringList &titles)
     }
 }
 
-bool ZDSnippetEditing::save(const ZDSnippetPtr &snippet)
+ZDSnippetPtr ZDSnippetEditing::stored(const ZDSnippetPtr &snippet) const
 {
-    return !m_center || m_center->setSnippetsUpdated({snippet});
+    return snippet && m_center ? m_center->snippetWithUUID(snippet->UUID()) : nullptr;
 }
 
 bool ZDSnippetEditing::setTitle(const ZDSnippetPtr &snippet, const QString &title)
 {
-    if (!snippet || snippet->title() == title)
-        return false;
-    snippet->setTitle(title);
-    save(snippet);
-    m_notifier->noteSnippetTitleChanged(snippet, m_sender);
-    return true;
+    const ZDSnippetPtr record = stored(snippet);
+    return record && record->title() != title && m_center->setSnippetTitle(record->UUID(), title, m_sender);
 }
 
 bool ZDSnippetEditing::setTagNames(const ZDSnippetPtr &snippet, const QStringList &names)
 {
-    if (!snippet)
+    const ZDSnippetPtr record = stored(snippet);
+    if (!record)
         return false;
-    ZDTagList library = m_center ? m_center->tags() : snippet->tags();
-    bool created = false;
-    QStringList uuids;
-    for (const QString &rawName : names) {
-        const QString name = rawName.simplified();
-        if (name.isEmpty())
-            continue;
-        ZDTagPtr tag;
-        for (const ZDTagPtr &existing : std::as_const(library)) {
-            if (ZDTag::isTagNameEquivalentToName(existing->title(), name)) {
-                tag = existing;
-                break;
-            }
-        }
-        if (!tag) {
-            tag = ZDTag::create(name);
-            library.append(tag);
-            created = true;
-        }
-        if (!uuids.contains(tag->UUID()))
-            uuids.append(tag->UUID());
-    }
-    if (uuids == snippet->tagUUIDs())
-        return false;
-    if (created && m_center && !m_center->setTags(library))
-        return false;
-    snippet->setTagUUIDs(uuids);
-    save(snippet);
-    m_notifier->noteSnippetsTagsChanged({snippet}, m_sender);
-    return true;
+    const QStringList before = record->tagUUIDs();
+    return m_center->setSnippetTagNames(record->UUID(), names, m_sender) && record->tagUUIDs() != before;
 }
 
 ZDSnippetPartPtr ZDSnippetEditing::addPart(const ZDSnippetPtr &snippet, int index, const ZDLanguage &language)
 {
-    if (!snippet)
+    const ZDSnippetPtr record = stored(snippet);
+    if (!record)
         return nullptr;
-    QList<ZDSnippetPartPtr> parts = snippet->parts();
     QStringList titles;
-    for (const ZDSnippetPartPtr &part : std::as_const(parts))
+    for (const ZDSnippetPartPtr &part : record->parts())
         titles.append(part->title());
-    auto part = ZDSnippetPart::create(newPartTitle(titles), snippet->UUID());
-    if (language.isValid())
-        part->setLanguage(language);
-    parts.insert(std::clamp<qsizetype>(index, 0, parts.size()), part);
-    snippet->setParts(parts);
-    save(snippet);
-    m_notifier->noteSnippetContentChanged(snippet, m_sender);
-    return part;
+    return m_center->addPart(record->UUID(), index, newPartTitle(titles), language, m_sender);
 }
 
 bool ZDSnippetEditing::removePart(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part)
 {
-    if (!snippet || !part || snippet->partsCount() < 2)
-        return false;
-    QList<ZDSnippetPartPtr> parts = snippet->parts();
-    if (!parts.removeIf([&](const ZDSnippetPartPtr &p) { return p->isEqual(part.get()); }))
-        return false;
-    snippet->setParts(parts);
-    save(snippet);
-    m_notifier->noteSnippetContentChanged(snippet, m_sender);
-    return true;
+    const ZDSnippetPtr record = stored(snippet);
+    return record && part && record->partsCount() > 1 &&
+           m_center->removePart(record->UUID(), part->UUID(), m_sender);
 }
 
 bool ZDSnippetEditing::renamePart(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part,
                                   const QString &title)
 {
+    const ZDSnippetPtr record = stored(snippet);
     const QString trimmed = title.trimmed();
-    if (!snippet || !part || trimmed.isEmpty() || part->title() == trimmed)
-        return false;
-    part->setTitle(trimmed);
-    save(snippet);
-    m_notifier->noteSnippetContentChanged(snippet, m_sender);
-    return true;
+    return record && part && !trimmed.isEmpty() && part->title() != trimmed &&
+           m_center->setPartTitle(record->UUID(), part->UUID(), trimmed, m_sender);
 }
 
 bool ZDSnippetEditing::movePart(const ZDSnippetPtr &snippet, int from, int to)
 {
-    if (!snippet)
-        return false;
-    QList<ZDSnippetPartPtr> parts = snippet->parts();
-    if (from == to || from < 0 || to < 0 || from >= parts.size() || to >= parts.size())
-        return false;
-    parts.move(from, to);
-    snippet->setParts(parts);
-    save(snippet);
-    m_notifier->noteSnippetContentChanged(snippet, m_sender);
-    return true;
+    const ZDSnippetPtr record = stored(snippet);
+    return record && from != to && m_center->movePart(record->UUID(), from, to, m_sender);
 }
 
 bool ZDSnippetEditing::setLanguage(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part,
                                    const ZDLanguage &language)
 {
-    if (!snippet || !part || !language.isValid() || part->language() == language)
-        return false;
-    part->setLanguage(language);
-    save(snippet);
-    m_notifier->noteSnippetsLanguageChanged({snippet}, m_sender);
-    return true;
+    const ZDSnippetPtr record = stored(snippet);
+    return record && part && language.isValid() && part->language() != language &&
+           m_center->setPartLanguage(record->UUID(), part->UUID(), language, m_sender);
 }
 
 void ZDSnippetEditing::setContent(const ZDSnippetPartPtr &part, const QString &content)
 {
-    if (part)
-        part->setContent(content);
+    if (!part)
+        return;
+    part->setContent(content);
+    m_typedParts.insert(part->UUID(), part);
 }
 
 void ZDSnippetEditing::setNote(const ZDSnippetPartPtr &part, const QString &note)
 {
-    if (part)
-        part->setNote(note);
+    if (!part)
+        return;
+    part->setNote(note);
+    m_typedParts.insert(part->UUID(), part);
 }
 
 void ZDSnippetEditing::commitText(const ZDSnippetPtr &snippet)
 {
     if (!snippet)
         return;
-    save(snippet);
-    m_notifier->noteSnippetContentChanged(snippet, m_sender);
+    // The typed objects carry the text: the editor may hold a copy of the library's snippet.
+    QSet<QString> partUUIDs;
+    for (const ZDSnippetPtr &holder : {snippet, stored(snippet)}) {
+        for (const ZDSnippetPartPtr &part : holder ? holder->parts() : QList<ZDSnippetPartPtr>())
+            partUUIDs.insert(part->UUID());
+    }
+    for (auto it = m_typedParts.begin(); it != m_typedParts.end();) {
+        const ZDSnippetPartPtr &part = it.value();
+        if (!partUUIDs.contains(part->UUID())) {
+            ++it;
+            continue;
+        }
+        if (m_center)
+            m_center->setPartText(snippet->UUID(), part->UUID(), part->content(), part->note(), m_sender);
+        it = m_typedParts.erase(it);
+    }
 }

@@ -3,21 +3,23 @@
 #include "ZDLanguage.h"
 #include "ZDRecordTypes.h"
 
+#include <QHash>
 #include <QStringList>
 
 class QObject;
 class ZDDataCenter;
-class ZDMulticastDelegateHandler;
 
-/// The snippet editor's changes to a snippet: each one changes the record in place, tells the
-/// library store to save it and posts the detailed notice with `sender` as the sender. Text
-/// typed into a part (content and note) changes the record at once and is saved and announced
-/// by `commitText`, which the editor calls when typing pauses.
+/// The snippet editor's changes to a snippet, each one operation of the library store, which
+/// saves it and posts the detailed notice with `sender` as the sender. Text typed into a part
+/// (content and note) changes the part at once, so that everything reading the snippet sees
+/// it; `commitText`, which the editor calls when typing pauses, saves and announces it.
+/// The methods return whether the snippet changed: an edit that changes nothing, or that the
+/// store refuses, returns false.
 class ZDSnippetEditing
 {
 public:
-    /// `center` may be null (nothing is saved then); `notifier` defaults to the global one.
-    ZDSnippetEditing(ZDDataCenter *center, QObject *sender, ZDMulticastDelegateHandler *notifier = nullptr);
+    /// `center` may be null: every edit is refused then (typed text still shows in the part).
+    ZDSnippetEditing(ZDDataCenter *center, QObject *sender);
 
     /// Title of a part added to a snippet whose parts already use `titles`: "Fragment",
     /// else "Fragment 2", "Fragment 3"...
@@ -36,15 +38,19 @@ public:
     bool movePart(const ZDSnippetPtr &snippet, int from, int to);
     bool setLanguage(const ZDSnippetPtr &snippet, const ZDSnippetPartPtr &part, const ZDLanguage &language);
 
-    /// Typing: the record changes now, the save and the notice wait for `commitText`.
+    /// Typing: the part changes now, the save and the notice wait for `commitText`.
     void setContent(const ZDSnippetPartPtr &part, const QString &content);
     void setNote(const ZDSnippetPartPtr &part, const QString &note);
+    /// Saves and announces the text typed into the snippet's parts since the last commit (one
+    /// notice for each part typed into).
     void commitText(const ZDSnippetPtr &snippet);
 
 private:
-    bool save(const ZDSnippetPtr &snippet);
+    /// The library's own object for `snippet`, which the store changes; null when it has none.
+    ZDSnippetPtr stored(const ZDSnippetPtr &snippet) const;
 
     ZDDataCenter *m_center;
     QObject *m_sender;
-    ZDMulticastDelegateHandler *m_notifier;
+    /// Parts typed into and not yet committed, by UUID.
+    QHash<QString, ZDSnippetPartPtr> m_typedParts;
 };

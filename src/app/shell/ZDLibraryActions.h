@@ -6,16 +6,17 @@
 #include <QStringList>
 
 class ZDDataCenter;
-class ZDMulticastDelegateHandler;
 struct ZDSidebarDrop;
 
-/// The window's changes to the library: each goes through the store and then posts its
-/// detailed notice, with the window as sender. No confirmation is asked here; the window asks
-/// before it calls the deleting operations.
+/// The window's changes to the library, each one operation of the store, which posts the
+/// detailed notice with the window as sender. What the sidebar hands over (nodes, drops) is
+/// turned into the records' identities here; records the library no longer holds are left out
+/// of drops. No confirmation is asked here; the window asks before it calls the deleting
+/// operations.
 class ZDLibraryActions
 {
 public:
-    ZDLibraryActions(ZDDataCenter &center, ZDMulticastDelegateHandler &notifier, QObject *sender);
+    ZDLibraryActions(ZDDataCenter &center, QObject *sender);
 
     /// A new folder at the end of `parent`'s children (the top level when null).
     ZDCategoryNodePtr addFolder(const QString &title, const ZDCategoryNodePtr &parent = nullptr);
@@ -48,9 +49,9 @@ public:
     static QString folderUUIDForNode(const ZDCategoryNodePtr &node);
 
 private:
-    ZDSnippetList snippetsWithUUIDs(const QStringList &UUIDs) const;
+    /// Those of `UUIDs` the library holds.
+    QStringList knownSnippetUUIDs(const QStringList &UUIDs) const;
 
     ZDDataCenter &m_center;
-    ZDMulticastDelegateHandler &m_notifier;
     QObject *m_sender;
 };

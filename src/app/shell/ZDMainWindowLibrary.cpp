@@ -40,7 +40,7 @@
 void ZDMainWindow::setDataCenter(ZDDataCenter *center)
 {
     m_center = center;
-    m_actions.reset(center ? new ZDLibraryActions(*center, m_notifier, this) : nullptr);
+    m_actions.reset(center ? new ZDLibraryActions(*center, this) : nullptr);
     if (!center) {
         setLibraryState(tr("Loading library…"));
         return;
