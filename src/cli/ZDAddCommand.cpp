@@ -54,16 +54,15 @@ int ZDAddCommand::run(ZDCliContext &context, const QStringList &arguments)
                 QStringLiteral("unknown language \"%1\"; see zandrio-cli languages").arg(languageIdentifier));
     }
 
-    ZDTagList tags = library->tags();
-    const qsizetype tagCount = tags.size();
+    ZDError error;
     QStringList tagUUIDs;
     for (const QString &tagName : args.values(tag)) {
-        const QString uuid = ZDCliLibrary::tagNamed(tags, tagName, true)->UUID();
-        if (!tagUUIDs.contains(uuid))
-            tagUUIDs << uuid;
+        ZDTagPtr found = library->tagWithName(tagName);
+        if (!found && !(found = library->addTag(tagName, nullptr, &error)))
+            return context.fail(error);
+        if (!tagUUIDs.contains(found->UUID()))
+            tagUUIDs << found->UUID();
     }
-    if (tags.size() != tagCount)
-        library->setTags(tags);
 
     const ZDSnippetPtr snippet = ZDSnippet::create(
         args.isSet(title) ? args.value(title) : QStringLiteral("untitled snippet"), folderUUID);
@@ -72,7 +71,8 @@ int ZDAddCommand::run(ZDCliContext &context, const QStringList &arguments)
     part->setLanguage(partLanguage);
     part->setNote(args.value(note));
     snippet->setTagUUIDs(tagUUIDs);
-    library->addSnippet(snippet);
+    if (!library->addSnippets({snippet}, nullptr, &error))
+        return context.fail(error);
     if (!library.save(&status))
         return status;
 

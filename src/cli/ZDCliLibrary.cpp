@@ -90,18 +90,6 @@ QString ZDCliLibrary::folderUUIDNamed(const QString &nameOrUUID) const
     return {};
 }
 
-ZDTagPtr ZDCliLibrary::tagNamed(ZDTagList &tags, const QString &name, bool create)
-{
-    for (const ZDTagPtr &tag : tags) {
-        if (ZDTag::isTagNameEquivalentToName(tag->title(), name))
-            return tag;
-    }
-    if (!create)
-        return nullptr;
-    tags << ZDTag::create(name);
-    return tags.last();
-}
-
 int zdFailLoad(const ZDCliContext &context, const ZDError &error)
 {
     const QString detail = error.recoverySuggestion().trimmed();

@@ -38,9 +38,6 @@ public:
     /// The folder (at any depth) titled `nameOrUUID` or with that UUID, or the predefined
     /// Uncategorized folder by its UUID or title; empty when there is none.
     QString folderUUIDNamed(const QString &nameOrUUID) const;
-    /// The tag in `tags` named `name` (by the library's name equivalence); when there is none and
-    /// `create` is set, a new tag appended to `tags`, else null.
-    static ZDTagPtr tagNamed(ZDTagList &tags, const QString &name, bool create);
 
 private:
     ZDCliContext &m_context;

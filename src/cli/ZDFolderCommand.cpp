@@ -19,18 +19,16 @@ int ZDFolderCommand::run(ZDCliContext &context, const QStringList &arguments)
     ZDCliLibrary library(args);
     if (!library.open(&status))
         return status;
-    const ZDCategoryNodePtr folder = ZDCategoryNode::folderNodeWithTitle(positional.at(1));
-    QList<ZDCategoryNodePtr> roots = library->rootFolderNodes();
+    QString parentUUID;
     if (args.isSet(parent)) {
-        const QString parentUUID = library.folderUUIDNamed(args.value(parent));
-        const ZDCategoryNodePtr parentNode = library->folderNodeWithUUID(parentUUID);
-        if (!parentNode)
+        parentUUID = library.folderUUIDNamed(args.value(parent));
+        if (!library->folderNodeWithUUID(parentUUID))
             return context.fail(ZDError(0, QStringLiteral("No folder \"%1\"").arg(args.value(parent))));
-        parentNode->addChild(folder);
-    } else {
-        roots << folder;
     }
-    library->setRootFolderNodes(roots);
+    ZDError error;
+    const ZDCategoryNodePtr folder = library->createFolder(positional.at(1), parentUUID, -1, nullptr, &error);
+    if (!folder)
+        return context.fail(error);
     if (!library.save(&status))
         return status;
     context.out << folder->UUID() << "\n";

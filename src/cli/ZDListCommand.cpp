@@ -29,8 +29,7 @@ int ZDListCommand::run(ZDCliContext &context, const QStringList &arguments)
     }
     QString tagUUID;
     if (args.isSet(tag)) {
-        ZDTagList tags = library->tags();
-        const ZDTagPtr found = ZDCliLibrary::tagNamed(tags, args.value(tag), false);
+        const ZDTagPtr found = library->tagWithName(args.value(tag));
         if (!found)
             return context.fail(ZDError(0, QStringLiteral("No tag \"%1\"").arg(args.value(tag))));
         tagUUID = found->UUID();

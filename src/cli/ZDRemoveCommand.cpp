@@ -15,13 +15,12 @@ int ZDRemoveCommand::run(ZDCliContext &context, const QStringList &arguments)
     ZDCliLibrary library(args);
     if (!library.open(&status))
         return status;
-    ZDSnippetList doomed;
     for (const QString &uuid : args.positional()) {
-        const ZDSnippetPtr snippet = library->snippetWithUUID(uuid);
-        if (!snippet)
+        if (!library->snippetWithUUID(uuid))
             return context.fail(ZDError(0, QStringLiteral("No snippet %1; nothing removed").arg(uuid)));
-        doomed << snippet;
     }
-    library->removeSnippetsFromArray(doomed);
+    ZDError error;
+    if (!library->removeSnippets(args.positional(), nullptr, &error))
+        return context.fail(error);
     return library.save(&status) ? 0 : status;
 }
