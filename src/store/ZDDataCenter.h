@@ -205,6 +205,16 @@ public:
     /// here when typing pauses.
     bool setPartText(const QString &snippetUUID, const QString &partUUID, const QString &content,
                      const QString &note, QObject *sender, ZDError *error = nullptr);
+    struct PartText
+    {
+        QString partUUID;
+        QString content;
+        QString note;
+    };
+    /// The same for several parts of one snippet: one save and one notice. Refused as a whole
+    /// when one of the parts is not the snippet's.
+    bool setPartTexts(const QString &snippetUUID, const QList<PartText> &texts, QObject *sender,
+                      ZDError *error = nullptr);
     bool setPartLanguage(const QString &snippetUUID, const QString &partUUID, const ZDLanguage &language,
                          QObject *sender, ZDError *error = nullptr);
 

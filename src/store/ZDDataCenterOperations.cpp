@@ -449,15 +449,31 @@ bool ZDDataCenter::setPartTitle(const QString &snippetUUID, const QString &partU
 bool ZDDataCenter::setPartText(const QString &snippetUUID, const QString &partUUID, const QString &content,
                                const QString &note, QObject *sender, ZDError *error)
 {
+    return setPartTexts(snippetUUID, {{partUUID, content, note}}, sender, error);
+}
+
+bool ZDDataCenter::setPartTexts(const QString &snippetUUID, const QList<PartText> &texts, QObject *sender,
+                                ZDError *error)
+{
     const char *operation = "setPartText";
     if (refuseWithoutTree(ZDStoreErrors::UpdateSnippetsCode, error))
         return false;
     const ZDSnippetPtr snippet = findSnippet(*this, snippetUUID, operation, error);
-    const ZDSnippetPartPtr part = snippet ? findPart(*snippet, partUUID, operation, error) : nullptr;
-    if (!part)
+    if (!snippet)
         return false;
-    part->setContent(content); // the setters stamp the part only on a real change
-    part->setNote(note);
+    QList<ZDSnippetPartPtr> parts;
+    for (const PartText &text : texts) {
+        const ZDSnippetPartPtr part = findPart(*snippet, text.partUUID, operation, error);
+        if (!part)
+            return false;
+        parts << part;
+    }
+    if (parts.isEmpty())
+        return true;
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        parts[i]->setContent(texts[i].content); // the setters stamp the part only on a real change
+        parts[i]->setNote(texts[i].note);
+    }
     setSnippetsUpdated({snippet});
     d->notifier->noteSnippetContentChanged(snippet, sender);
     return true;

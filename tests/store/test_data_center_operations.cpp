@@ -222,6 +222,11 @@ TEST(StoreOperations, BadArgumentsAreRefusedBeforeAnythingChanges)
              return center.moveSnippetsToFolder({a, QStringLiteral("NONE")}, f.keep->UUID(), s, e);
          }},
         {1001, [&](ZDError *e) { return center.setPartText(b, partOfA, QStringLiteral("x"), {}, s, e); }},
+        {1001,
+         [&](ZDError *e) {
+             return center.setPartTexts(
+                 a, {{partOfA, QStringLiteral("x"), {}}, {QStringLiteral("NONE"), {}, {}}}, s, e);
+         }},
         {1001, [&](ZDError *e) { return center.addTagToSnippets({b}, QStringLiteral("NONE"), s, e); }},
         {1001,
          [&](ZDError *e) {

@@ -109,14 +109,17 @@ void ZDSnippetEditing::commitText(const ZDSnippetPtr &snippet)
         for (const ZDSnippetPartPtr &part : holder ? holder->parts() : QList<ZDSnippetPartPtr>())
             partUUIDs.insert(part->UUID());
     }
+    QList<ZDDataCenter::PartText> texts;
     for (auto it = m_typedParts.begin(); it != m_typedParts.end();) {
         const ZDSnippetPartPtr &part = it.value();
         if (!partUUIDs.contains(part->UUID())) {
             ++it;
             continue;
         }
-        if (m_center)
-            m_center->setPartText(snippet->UUID(), part->UUID(), part->content(), part->note(), m_sender);
+        texts.append({part->UUID(), part->content(), part->note()});
         it = m_typedParts.erase(it);
     }
+    // One save and one notice for all the parts typed into.
+    if (m_center && !texts.isEmpty())
+        m_center->setPartTexts(snippet->UUID(), texts, m_sender);
 }

@@ -42,7 +42,7 @@ public:
     void setContent(const ZDSnippetPartPtr &part, const QString &content);
     void setNote(const ZDSnippetPartPtr &part, const QString &note);
     /// Saves and announces the text typed into the snippet's parts since the last commit (one
-    /// notice for each part typed into).
+    /// save and one notice for all of them).
     void commitText(const ZDSnippetPtr &snippet);
 
 private:
