@@ -177,7 +177,7 @@ public:
     /// noteSnippetsCategoryChanged with those that moved.
     bool moveSnippetsToFolder(const QStringList &snippetUUIDs, const QString &folderUUID, QObject *sender,
                               ZDError *error = nullptr);
-    /// noteSnippetTitleChanged.
+    /// Any title, an empty one too; noteSnippetTitleChanged.
     bool setSnippetTitle(const QString &snippetUUID, const QString &title, QObject *sender,
                          ZDError *error = nullptr);
     /// Makes `names` the snippet's tags, in that order. A name is trimmed and matched with the

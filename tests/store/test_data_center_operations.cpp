@@ -249,7 +249,6 @@ TEST(StoreOperations, BadArgumentsAreRefusedBeforeAnythingChanges)
              return center.addSnippets({zdTestSnippet("new", QStringLiteral("NONE"))}, s, e);
          }},
         // Titles, positions, parts, queries.
-        {1002, [&](ZDError *e) { return center.setSnippetTitle(a, QStringLiteral("  "), s, e); }},
         {1002, [&](ZDError *e) { return bool(center.createFolder(QString(), {}, -1, s, e)); }},
         {1002, [&](ZDError *e) { return center.renameTag(f.cafe->UUID(), QString(), s, e); }},
         {1002, [&](ZDError *e) { return center.removePart(a, partOfA, s, e); }}, // its only part
