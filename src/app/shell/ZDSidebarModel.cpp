@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCollator>
+#include <QHash>
 #include <QIcon>
 #include <QMimeData>
 #include <QStyle>
@@ -28,9 +29,45 @@ QList<ZDCategoryNodePtr> sortedByTitle(QList<ZDCategoryNodePtr> nodes)
     return nodes;
 }
 
+/// One icon per kind of row, made once per model: an icon made anew for every row painted would
+/// miss the pixmap cache and decode its image again each time.
+QIcon iconFor(int nodeType, QHash<int, QIcon> &icons)
+{
+    const auto found = icons.constFind(nodeType);
+    if (found != icons.cend())
+        return *found;
+    QStyle *style = QApplication::style();
+    QIcon icon;
+    switch (nodeType) {
+    case ZDCategoryNode::AllSnippets:
+        icon = style->standardIcon(QStyle::SP_DirHomeIcon);
+        break;
+    case ZDCategoryNode::Uncategorized:
+        icon = style->standardIcon(QStyle::SP_DirClosedIcon);
+        break;
+    case ZDCategoryNode::Folder:
+        icon = style->standardIcon(QStyle::SP_DirIcon);
+        break;
+    case ZDCategoryNode::Shortcut:
+        icon = style->standardIcon(QStyle::SP_DirLinkIcon);
+        break;
+    case ZDCategoryNode::SmartGroup:
+        icon = style->standardIcon(QStyle::SP_FileDialogContentsView);
+        break;
+    case ZDCategoryNode::Tag:
+        icon = QIcon::fromTheme(QStringLiteral("tag"));
+        break;
+    default:
+        break;
+    }
+    icons.insert(nodeType, icon);
+    return icon;
+}
+
 bool contains(const QList<ZDCategoryNodePtr> &nodes, const ZDCategoryNode *node)
 {
-    return std::any_of(nodes.begin(), nodes.end(), [&](const ZDCategoryNodePtr &n) { return n.get() == node; });
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [&](const ZDCategoryNodePtr &n) { return n.get() == node; });
 }
 } // namespace
 
@@ -179,7 +216,8 @@ void ZDSidebarModel::rebuild()
     addFolders(folders, m_content.rootFolders);
 
     Item *smartGroups = m_root->append(ZDCategoryNode::smartFoldersGroupNode());
-    for (const ZDCategoryNodePtr &group : m_sorts ? sortedByTitle(m_content.smartGroups) : m_content.smartGroups)
+    for (const ZDCategoryNodePtr &group :
+         m_sorts ? sortedByTitle(m_content.smartGroups) : m_content.smartGroups)
         smartGroups->append(group);
 
     Item *tags = m_root->append(ZDCategoryNode::tagsGroupNode());
@@ -264,18 +302,8 @@ QVariant ZDSidebarModel::data(const QModelIndex &index, int role) const
     case Qt::EditRole:
     case Qt::ToolTipRole:
         return node->title();
-    case Qt::DecorationRole: {
-        QStyle *style = QApplication::style();
-        switch (node->nodeType()) {
-        case ZDCategoryNode::AllSnippets: return style->standardIcon(QStyle::SP_DirHomeIcon);
-        case ZDCategoryNode::Uncategorized: return style->standardIcon(QStyle::SP_DirClosedIcon);
-        case ZDCategoryNode::Folder: return style->standardIcon(QStyle::SP_DirIcon);
-        case ZDCategoryNode::Shortcut: return style->standardIcon(QStyle::SP_DirLinkIcon);
-        case ZDCategoryNode::SmartGroup: return style->standardIcon(QStyle::SP_FileDialogContentsView);
-        case ZDCategoryNode::Tag: return QIcon::fromTheme(QStringLiteral("tag"));
-        default: return {};
-        }
-    }
+    case Qt::DecorationRole:
+        return iconFor(node->nodeType(), m_icons);
     case NodeRole:
         return QVariant::fromValue(node);
     case NodeTypeRole:
@@ -369,7 +397,8 @@ QList<ZDCategoryNodePtr> ZDSidebarModel::draggedNodes(const QMimeData *data) con
 QStringList ZDSidebarModel::draggedSnippetUUIDs(const QMimeData *data) const
 {
     if (data->hasFormat(kSnippetUUIDsMimeType))
-        return QString::fromUtf8(data->data(kSnippetUUIDsMimeType)).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        return QString::fromUtf8(data->data(kSnippetUUIDsMimeType))
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QStringList UUIDs;
     for (const ZDSnippetPtr &snippet : ZDSnippetPasteboard::readSnippets(data))
         UUIDs << snippet->UUID();
@@ -384,7 +413,8 @@ ZDSidebarDrop ZDSidebarModel::planDrop(const QMimeData *data, int row, const QMo
     if (data->hasFormat(kNodeMimeType))
         return planNodeDrop(draggedNodes(data), row, target);
 
-    const bool hasSnippets = data->hasFormat(kSnippetUUIDsMimeType) || ZDSnippetPasteboard::canReadSnippets(data);
+    const bool hasSnippets =
+        data->hasFormat(kSnippetUUIDsMimeType) || ZDSnippetPasteboard::canReadSnippets(data);
     const ZDCategoryNodePtr &node = target->node;
     if (!hasSnippets || row >= 0)
         return {};
@@ -399,12 +429,14 @@ ZDSidebarDrop ZDSidebarModel::planDrop(const QMimeData *data, int row, const QMo
     return drop;
 }
 
-ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes, int row, const Item *target) const
+ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes, int row,
+                                           const Item *target) const
 {
     if (nodes.isEmpty())
         return {};
     const unsigned kind = nodes.first()->nodeType();
-    if (std::any_of(nodes.begin(), nodes.end(), [&](const ZDCategoryNodePtr &n) { return n->nodeType() != kind; }))
+    if (std::any_of(nodes.begin(), nodes.end(),
+                    [&](const ZDCategoryNodePtr &n) { return n->nodeType() != kind; }))
         return {};
 
     // The position among `target`'s rows once the dragged nodes are out of the list.
@@ -426,8 +458,9 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
             // A folder that already has a shortcut gets no second one.
             drop.nodes.clear();
             for (const ZDCategoryNodePtr &folder : nodes) {
-                const bool hasShortcut = std::any_of(m_content.shortcuts.begin(), m_content.shortcuts.end(),
-                                                     [&](const ZDCategoryNodePtr &s) { return s->UUID() == folder->UUID(); });
+                const bool hasShortcut =
+                    std::any_of(m_content.shortcuts.begin(), m_content.shortcuts.end(),
+                                [&](const ZDCategoryNodePtr &s) { return s->UUID() == folder->UUID(); });
                 if (!hasShortcut)
                     drop.nodes << folder;
             }
@@ -461,7 +494,8 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
         drop.index = positionAmong(0);
         return drop;
     }
-    if (kind == ZDCategoryNode::SmartGroup && target->isGroup(QLatin1String(ZDGroupUUID::SmartGroups)) && !m_sorts) {
+    if (kind == ZDCategoryNode::SmartGroup && target->isGroup(QLatin1String(ZDGroupUUID::SmartGroups)) &&
+        !m_sorts) {
         drop.operation = ZDSidebarDrop::ReorderSmartGroups;
         drop.index = positionAmong(0);
         return drop;
@@ -469,20 +503,23 @@ ZDSidebarDrop ZDSidebarModel::planNodeDrop(const QList<ZDCategoryNodePtr> &nodes
     return {};
 }
 
-bool ZDSidebarModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int, const QModelIndex &parent) const
+bool ZDSidebarModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int row, int,
+                                     const QModelIndex &parent) const
 {
     // Reading whole snippets off a foreign drag would be slow for every mouse move; their
     // presence is enough here.
     if (data && !data->hasFormat(kNodeMimeType)) {
         const ZDCategoryNodePtr node = nodeAtIndex(parent);
-        const bool hasSnippets = data->hasFormat(kSnippetUUIDsMimeType) || data->hasFormat(QLatin1String(ZDSnippetPasteboard::kSnippetType));
+        const bool hasSnippets = data->hasFormat(kSnippetUUIDsMimeType) ||
+                                 data->hasFormat(QLatin1String(ZDSnippetPasteboard::kSnippetType));
         return hasSnippets && row < 0 && node &&
                (node->isFolder() || node->isUncategorized() || node->isShortcut() || node->isTag());
     }
     return planDrop(data, row, parent).operation != ZDSidebarDrop::None;
 }
 
-bool ZDSidebarModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int, const QModelIndex &parent)
+bool ZDSidebarModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int,
+                                  const QModelIndex &parent)
 {
     if (action == Qt::IgnoreAction)
         return true;

@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModel>
 #include <QHash>
+#include <QIcon>
 #include <QPointer>
 #include <QStringList>
 
@@ -27,14 +28,23 @@ struct ZDSidebarContent
 /// the dragged nodes have been taken out of it.
 struct ZDSidebarDrop
 {
-    enum Operation { None, MoveFolders, MakeShortcuts, ReorderShortcuts, ReorderSmartGroups, MoveSnippets, TagSnippets };
+    enum Operation
+    {
+        None,
+        MoveFolders,
+        MakeShortcuts,
+        ReorderShortcuts,
+        ReorderSmartGroups,
+        MoveSnippets,
+        TagSnippets
+    };
 
     Operation operation = None;
-    QList<ZDCategoryNodePtr> nodes;  // the dragged sidebar nodes
-    ZDCategoryNodePtr target;         // MoveFolders: new parent (null: top level); MoveSnippets: the
-                                      // folder, Uncategorized or shortcut; TagSnippets: the tag
-    int index = -1;                   // list position; -1 for the end
-    QStringList snippetUUIDs;         // MoveSnippets, TagSnippets
+    QList<ZDCategoryNodePtr> nodes; // the dragged sidebar nodes
+    ZDCategoryNodePtr target;       // MoveFolders: new parent (null: top level); MoveSnippets: the
+                                    // folder, Uncategorized or shortcut; TagSnippets: the tag
+    int index = -1;                 // list position; -1 for the end
+    QStringList snippetUUIDs;       // MoveSnippets, TagSnippets
 };
 
 /// The sidebar's tree: Favorites (shortcuts), Folders (All Snippets, Uncategorized and the
@@ -50,7 +60,13 @@ class ZDSidebarModel : public QAbstractItemModel
 {
     Q_OBJECT
 public:
-    enum Role { NodeRole = Qt::UserRole + 1, CountRole, NodeTypeRole, IsGroupRole };
+    enum Role
+    {
+        NodeRole = Qt::UserRole + 1,
+        CountRole,
+        NodeTypeRole,
+        IsGroupRole
+    };
     /// Sidebar nodes being dragged: lines of "<type> <UUID>".
     static inline const QString kNodeMimeType = QStringLiteral("application/x-zandrio-sidebar-nodes");
     /// Snippets being dragged from the list: their UUIDs, one a line.
@@ -102,6 +118,7 @@ Q_SIGNALS:
     void dropRequested(const ZDSidebarDrop &drop);
 
 private:
+    mutable QHash<int, QIcon> m_icons;
     struct Item;
     Item *itemAt(const QModelIndex &index) const;
     QModelIndex indexOfItem(const Item *item) const;
