@@ -20,12 +20,8 @@ struct ZDLibraryContents;
 class ZDLanguage;
 class ZDMulticastDelegateHandler;
 class ZDOutdatedVersionResponder;
-class ZDPackageWatcher;
 class ZDUserDefaults;
 class ZDWriteScheduler;
-namespace ZDRecordCache {
-class Preload;
-}
 
 /// The library store: owns the in-memory library (snippets, folder tree, shortcuts, smart
 /// groups, tags) of one package on disk, applies every mutation to the lists and to the

@@ -8,7 +8,6 @@
 #include "ZDCategoryNode.h"
 #include "ZDLibraryContents.h"
 #include "ZDLogger.h"
-#include "ZDMulticastDelegateHandler.h"
 #include "ZDPackageFormat.h"
 #include "ZDRecordArchive.h"
 #include "ZDSnippet.h"
