@@ -93,11 +93,16 @@ bool ZDSnippetPart::isIdentical(const ZDSnippetPart *other) const
 
 QString ZDSnippetPart::stringRepresentation() const
 {
+    return stringRepresentation(m_note, m_content);
+}
+
+QString ZDSnippetPart::stringRepresentation(const ZDSnippetText &note, const ZDSnippetText &content)
+{
     QString text;
-    text.reserve(m_note.size() + 1 + m_content.size());
-    m_note.appendTo(text);
+    text.reserve(note.size() + 1 + content.size());
+    note.appendTo(text);
     text += QLatin1Char('\n');
-    m_content.appendTo(text);
+    content.appendTo(text);
     return text;
 }
 

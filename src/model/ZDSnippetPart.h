@@ -52,6 +52,8 @@ public:
 
     /// The note, a line feed, the content.
     QString stringRepresentation() const;
+    /// The same text made from a note and a content held elsewhere (a snapshot of the part).
+    static QString stringRepresentation(const ZDSnippetText &note, const ZDSnippetText &content);
 
     /// The part's file name when it is exported, dragged out or published: the snippet's title
     /// when the snippet has one part, else the part's own title; a trailing ".ext" (1-10 letters

@@ -35,16 +35,6 @@ void collectKeyPaths(const ZDPredicate &predicate, QSet<QString> &paths)
         collectKeyPaths(subpredicate, paths);
 }
 
-QString partRepresentation(const ZDSnippetText &note, const ZDSnippetText &content)
-{
-    QString text;
-    text.reserve(note.size() + 1 + content.size());
-    note.appendTo(text);
-    text += QLatin1Char('\n');
-    content.appendTo(text);
-    return text;
-}
-
 } // namespace
 
 ZDSnippetSnapshotPlan::ZDSnippetSnapshotPlan(const std::vector<ZDPredicate> &predicates)
@@ -100,7 +90,7 @@ QVariant ZDSnippetSnapshotPlan::valueForKeyPath(const ZDSnippetSnapshot &snapsho
         for (qsizetype i = 0; i < parts; ++i) {
             if (i > 0)
                 text += QLatin1Char('\n');
-            text += partRepresentation(snapshot.notes[i], snapshot.contents[i]);
+            text += ZDSnippetPart::stringRepresentation(snapshot.notes[i], snapshot.contents[i]);
         }
         return text;
     }
@@ -112,7 +102,7 @@ QVariant ZDSnippetSnapshotPlan::valueForKeyPath(const ZDSnippetSnapshot &snapsho
         else if (keyPath == QLatin1String("parts.note"))
             values.append(snapshot.notes[i].toString());
         else
-            values.append(partRepresentation(snapshot.notes[i], snapshot.contents[i]));
+            values.append(ZDSnippetPart::stringRepresentation(snapshot.notes[i], snapshot.contents[i]));
     }
     return values;
 }
