@@ -190,7 +190,9 @@ void ZDCoreIndex::tick()
     }
     auto input = std::make_shared<CountInput>();
     input->types = m_dirty;
-    if (m_dirty & Folders) {
+    // Kinds marked from here on were marked after these facts were taken: they wait for the next tick.
+    m_dirty = 0;
+    if (input->types & Folders) {
         const ZDCategoryNodePtr uncategorized = ZDCategoryNode::uncategorizedNode();
         input->folders.append({uncategorized->UUID(), uncategorized->title()});
         const QList<ZDCategoryNodePtr> roots =
@@ -204,27 +206,27 @@ void ZDCoreIndex::tick()
             root->traverseSubNodesWithBlock([&](const ZDCategoryNodePtr &node, int) { add(node); });
         }
     }
-    if (m_dirty & Tags) {
+    if (input->types & Tags) {
         for (const ZDTagPtr &tag : m_source.tags ? m_source.tags() : ZDTagList())
             input->tags.append({tag->UUID(), tag->title()});
     }
-    if ((m_dirty & Languages) && m_source.activeLanguageIdentifiers)
+    if ((input->types & Languages) && m_source.activeLanguageIdentifiers)
         input->activeLanguages = m_source.activeLanguageIdentifiers();
     const ZDSnippetList snippets = m_source.snippets ? m_source.snippets() : ZDSnippetList();
     input->snippets.reserve(snippets.size());
     // Only the kinds recounted now count from these facts; the others keep what they counted.
     for (int type : {Folders, Tags, Languages}) {
-        if (m_dirty & type)
+        if (input->types & type)
             m_counted[countedSlot(type)].clear();
     }
     for (const ZDSnippetPtr &snippet : snippets) {
         const SnippetFacts facts = factsOf(*snippet);
         input->snippets.append(facts);
-        if (m_dirty & Folders)
+        if (input->types & Folders)
             m_counted[countedSlot(Folders)].insert(snippet->UUID(), {facts.folderUUID});
-        if (m_dirty & Tags)
+        if (input->types & Tags)
             m_counted[countedSlot(Tags)].insert(snippet->UUID(), facts.tagUUIDs);
-        if (m_dirty & Languages)
+        if (input->types & Languages)
             m_counted[countedSlot(Languages)].insert(snippet->UUID(), facts.languages);
     }
     input->generation = ++m_generation;
@@ -256,8 +258,6 @@ void ZDCoreIndex::tick()
                     m_changes.clear();
                 else
                     m_changes.removeIf([&](const Change &c) { return c.generation <= output->generation; });
-                // Cleared after the recount, so kinds marked while it ran are cleared with it.
-                m_dirty = 0;
                 Q_EMIT indexDidChange();
             },
             Qt::QueuedConnection);
